@@ -1,0 +1,15 @@
+#include "limits/subscription_limits.h"
+#include "limits/usage_name.h"
+
+namespace brimwatch {
+
+std::string SubscriptionLimits::title(TitleAccount shownAccount) const {
+    std::string title(brimwatch::displayName(provider));
+    std::optional<std::string> name =
+        displayName ? normalizedUsageName(*displayName) : std::nullopt;
+    if (!name && shownAccount == TitleAccount::shown) name = account;
+    if (name) title += " · " + *name;
+    return title;
+}
+
+}  // namespace brimwatch

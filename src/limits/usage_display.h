@@ -1,0 +1,15 @@
+// Whether figures are shown as what is left or as what is used.
+#pragma once
+
+#include <string_view>
+
+namespace brimwatch {
+
+enum class UsageDisplay { remaining, used };
+
+// From the raw string of the setting `usageDisplay`: anything but "used" reads as `remaining`.
+constexpr UsageDisplay usageDisplayFromRawString(std::string_view raw) {
+    return raw == "used" ? UsageDisplay::used : UsageDisplay::remaining;
+}
+
+}  // namespace brimwatch

@@ -1,0 +1,108 @@
+// The command `brimwatch`: the status line role itself, every other one by way of the desktop
+// program.
+
+#include <unistd.h>
+
+#include <cstdlib>
+#include <ctime>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "claude/status_line_mode.h"
+#include "main/desktop_program.h"
+#include "main/role.h"
+#include "platform/posix/ignored_signals.h"
+#include "platform/posix/limits_changed_datagram.h"
+#include "platform/posix/posix_file_system.h"
+#include "platform/posix/process_ancestry.h"
+#include "platform/posix/shell_command.h"
+#include "platform/posix/standard_streams.h"
+
+namespace brimwatch {
+namespace {
+
+constexpr int exitWithoutDesktop = 1;
+constexpr int exitPrivateUpdateFailure = 2;
+
+Instant wallClock() {
+    timespec time{};
+    ::clock_gettime(CLOCK_REALTIME, &time);
+    constexpr double nanosecond = 1e-9;
+    return instantFromUnixSeconds(static_cast<double>(time.tv_sec) +
+                                  static_cast<double>(time.tv_nsec) * nanosecond);
+}
+
+void runStatusLine(std::span<const std::string_view> arguments) {
+    holdStandardDescriptors();
+    const sigset_t defaultSignals = ignoreWriteSignals();
+    const Environment environment(environ);
+    PosixFileSystem files;
+    StatusLineMode{
+        .arguments = arguments,
+        .environment = environment,
+        .userId = ::getuid(),
+        .files = files,
+        .readInput = readStandardInput,
+        .writeOutput = writeStandardOutput,
+        .now = wallClock,
+        .postLimitsChanged = [environment] { postLimitsChanged(environment); },
+        .isChainedByItself = hasStatusLineAncestor,
+        .runCommand =
+            [&](const std::string& commandLine, std::string_view input,
+                StatusLineMode::TimeOut timeOut) {
+                return runShellCommand({.commandLine = commandLine,
+                                        .input = input,
+                                        .timeOut = timeOut,
+                                        .environment = environment.entries(),
+                                        .defaultSignals = defaultSignals});
+            },
+    }
+        .run();
+}
+
+int runApplication(char* const* arguments) {
+    const std::optional<std::string> path = desktopProgramPath();
+    if (path) becomeDesktopProgram(*path, arguments);
+    writeStandardError("brimwatch: can't start the desktop program " + path.value_or("") + "\n");
+    return exitWithoutDesktop;
+}
+
+int runPrivateUpdateCommand(char* const* arguments) {
+    if (const auto path = desktopProgramPath()) becomeDesktopProgram(*path, arguments);
+    writeStandardError("Private update configuration failed.\n");
+    return exitPrivateUpdateFailure;
+}
+
+int reportUsageFailure() {
+    writeStandardError(
+        "Use --configure-private-updates <0600 JSON file> or --clear-private-updates.\n");
+    return exitPrivateUpdateFailure;
+}
+
+int run(char* const* arguments) {
+    std::vector<std::string_view> list;
+    for (char* const* argument = arguments; *argument != nullptr; ++argument) {
+        if (argument != arguments) list.emplace_back(*argument);
+    }
+    switch (classifyArguments(list)) {
+        case Role::statusLine:
+            runStatusLine(list);
+            return EXIT_SUCCESS;
+        case Role::application:
+            return runApplication(arguments);
+        case Role::configurePrivateUpdates:
+        case Role::clearPrivateUpdates:
+            return runPrivateUpdateCommand(arguments);
+        case Role::usageFailure:
+            break;
+    }
+    return reportUsageFailure();
+}
+
+}  // namespace
+}  // namespace brimwatch
+
+int main(int /*count*/, char** arguments) {
+    return brimwatch::run(arguments);
+}

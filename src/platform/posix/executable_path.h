@@ -1,0 +1,17 @@
+// Where the running program lies.
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace brimwatch {
+
+// The file that runs, without symbolic links.
+std::optional<std::string> resolvedExecutablePath();
+
+// The path by which the program was started, made absolute, its symbolic links kept: the path that
+// goes on working when a newer version takes the place of this one. The resolved path where the
+// one it was started by does not lead to this program.
+std::optional<std::string> calledExecutablePath();
+
+}  // namespace brimwatch

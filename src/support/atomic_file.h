@@ -1,0 +1,36 @@
+// Replacing a file as a whole: readers see the old bytes or the new ones, never
+// a mixture, and neither does the next start after a crash.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "support/file_system.h"
+
+namespace brimwatch {
+
+enum class Durability {
+    renamed,       // other processes see it at once; a power cut may leave an empty file
+    synchronized,  // bytes and name are on the disk before the call returns
+};
+
+struct FileOwner {
+    std::uint32_t owner = 0;
+    std::uint32_t group = 0;
+};
+
+struct ReplacementOptions {
+    Durability durability = Durability::renamed;
+    std::uint32_t permissions = 0644;
+    // Who the file shall belong to and have exactly `permissions`, as far as the system lets us
+    // give it away. Without one it is ours, with `permissions` less the umask.
+    std::optional<FileOwner> owner;
+};
+
+// On failure the file is as it was.
+FileResult<void> replaceFile(FileSystem& files, const std::string& path, std::string_view bytes,
+                             const ReplacementOptions& options);
+
+}  // namespace brimwatch

@@ -1,0 +1,49 @@
+// Starts the tests with every folder of the user's moved into a temporary one, and refuses to start
+// if that did not take.
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+#include <string>
+
+#include "harness/temporary_folder.h"
+
+namespace {
+
+constexpr const char* userFolders[] = {"HOME",           "BRIMWATCH_HOME", "XDG_CONFIG_HOME",
+                                       "XDG_STATE_HOME", "XDG_DATA_HOME",  "XDG_CACHE_HOME",
+                                       "XDG_RUNTIME_DIR"};
+
+void moveUserFolders(const std::string& folder) {
+    for (const char* name : userFolders) {
+        const std::string path = folder + '/' + name;
+        std::filesystem::create_directories(path);
+        ::setenv(name, path.c_str(), 1);
+    }
+    for (const char* name : {"CLAUDE_CONFIG_DIR", "CODEX_HOME", "BRIMWATCH_NEXT_STATUSLINE"}) {
+        ::unsetenv(name);
+    }
+}
+
+bool userFoldersAreBelow(const std::string& folder) {
+    for (const char* name : userFolders) {
+        const char* path = std::getenv(name);
+        if (path == nullptr || !std::string(path).starts_with(folder + '/')) return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+    ::testing::InitGoogleTest(&count, arguments);
+    const brimwatch::test::TemporaryFolder folder;
+    moveUserFolders(folder.path());
+    if (!userFoldersAreBelow(folder.path())) {
+        std::cerr << "The tests would touch the real home folder; they don't start.\n";
+        return EXIT_FAILURE;
+    }
+    return RUN_ALL_TESTS();
+}
