@@ -25,7 +25,7 @@ struct ShellCommandRequest {
 //
 // Input and output flow at once. A process that the command leaves behind with its output open
 // keeps this waiting. The command runs in a process group of its own: a signal that ends this
-// process ends that group first.
+// process ends that group first. SIGPIPE must be ignored (`ignoreWriteSignals`).
 std::optional<std::string> runShellCommand(const ShellCommandRequest& request);
 
 }  // namespace brimwatch
