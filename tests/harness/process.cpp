@@ -1,6 +1,7 @@
 #include "harness/process.h"
 
 #include <fcntl.h>
+#include <linux/close_range.h>
 #include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -66,6 +67,8 @@ Process::Process(const ProcessRequest& request)
         ::dup2(input, STDIN_FILENO);
         ::dup2(output_, STDOUT_FILENO);
         ::dup2(errorOutput_, STDERR_FILENO);
+        // What the test itself was started with is not the program's.
+        ::close_range(STDERR_FILENO + 1, ~0U, CLOSE_RANGE_CLOEXEC);
         if (request.prepare) request.prepare();
         ::execve(request.program.c_str(), arguments.data(),
                  const_cast<char* const*>(request.environment.entries()));
