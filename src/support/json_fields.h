@@ -33,7 +33,11 @@ class JsonFields {
     const JsonObject* optionalObject(std::string_view key);
 
   private:
-    bool isAbsent(std::string_view key) const;
+    // The member, or null where there is none.
+    const JsonValue& at(std::string_view key) const;
+    // What stands there, or an empty value of its kind, which is remembered as a failure.
+    template <class Kind>
+    const Kind& required(const Kind* value);
 
     const JsonObject& object_;
     bool allRead_ = true;
