@@ -57,7 +57,7 @@ struct StatusLineMode {
     // The program's own line, the weekly window first; empty for no limits.
     static std::string statusText(const ParsedLimits& limits, UsageDisplay display, Instant now);
 
-    // The output of the user's own status line command without line feeds at its ends. Nothing if
+    // The output of the user's own status line command without newlines at its ends. Nothing if
     // it failed to end on its own, or printed something other than UTF-8.
     std::optional<std::string> runNextStatusLine(const std::string& commandLine,
                                                  std::string_view input, TimeOut timeOut) const;

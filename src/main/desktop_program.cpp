@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <cerrno>
 #include <vector>
 
 #include "platform/posix/executable_path.h"
@@ -15,15 +16,16 @@ std::optional<std::string> desktopProgramPath() {
     return joinPath(parentPath(parentPath(*own)), "libexec/brimwatch/brimwatch-desktop");
 }
 
-void becomeDesktopProgram(const std::string& path, char* const* arguments) {
+std::error_code becomeDesktopProgram(const std::string& path, char* const* arguments) {
     std::optional<std::string> called = calledExecutablePath();
-    if (!called) return;
+    if (!called) return std::make_error_code(std::errc::no_such_file_or_directory);
     std::vector<char*> list = {called->data()};
     for (char* const* argument = arguments; *argument != nullptr; ++argument) {
         if (argument != arguments) list.push_back(*argument);
     }
     list.push_back(nullptr);
     ::execv(path.c_str(), list.data());
+    return {errno, std::generic_category()};
 }
 
 }  // namespace brimwatch

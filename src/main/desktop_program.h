@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <string>
+#include <system_error>
 
 namespace brimwatch {
 
@@ -11,7 +12,7 @@ namespace brimwatch {
 std::optional<std::string> desktopProgramPath();
 
 // Becomes the desktop program, with the same arguments and environment. Its `argv[0]` is the path
-// by which this program was called. Returns only if that failed.
-void becomeDesktopProgram(const std::string& path, char* const* arguments);
+// by which this program was called. Returns only if that failed, with the reason.
+std::error_code becomeDesktopProgram(const std::string& path, char* const* arguments);
 
 }  // namespace brimwatch

@@ -5,6 +5,7 @@
 
 #include <cstdlib>
 #include <ctime>
+#include <new>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -61,15 +62,29 @@ void runStatusLine(std::span<const std::string_view> arguments) {
         .run();
 }
 
+// A line is due even when memory has run out.
+void runStatusLineWithoutFail(std::span<const std::string_view> arguments) {
+    try {
+        runStatusLine(arguments);
+    } catch (const std::bad_alloc&) {
+        writeStandardOutput("\n");
+    }
+}
+
 int runApplication(char* const* arguments) {
-    const std::optional<std::string> path = desktopProgramPath();
-    if (path) becomeDesktopProgram(*path, arguments);
-    writeStandardError("brimwatch: can't start the desktop program " + path.value_or("") + "\n");
+    std::string complaint = "brimwatch: can't tell where this program lies\n";
+    if (const std::optional<std::string> path = desktopProgramPath()) {
+        const std::error_code error = becomeDesktopProgram(*path, arguments);
+        complaint =
+            "brimwatch: can't start the desktop program " + *path + ": " + error.message() + "\n";
+    }
+    writeStandardError(complaint);
     return exitWithoutDesktop;
 }
 
 int runPrivateUpdateCommand(char* const* arguments) {
-    if (const auto path = desktopProgramPath()) becomeDesktopProgram(*path, arguments);
+    const std::optional<std::string> path = desktopProgramPath();
+    if (path) static_cast<void>(becomeDesktopProgram(*path, arguments));
     writeStandardError("Private update configuration failed.\n");
     return exitPrivateUpdateFailure;
 }
@@ -87,7 +102,7 @@ int run(char* const* arguments) {
     }
     switch (classifyArguments(list)) {
         case Role::statusLine:
-            runStatusLine(list);
+            runStatusLineWithoutFail(list);
             return EXIT_SUCCESS;
         case Role::application:
             return runApplication(arguments);

@@ -1,5 +1,5 @@
 // Replacing a file as a whole: readers see the old bytes or the new ones, never
-// a mixture, and neither does the next start after a crash.
+// a mixture, also when the writer dies on the way.
 #pragma once
 
 #include <cstdint>

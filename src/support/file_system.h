@@ -86,7 +86,8 @@ class FileSystem {
     virtual FileResult<std::vector<std::string>> entries(const std::string& folder) = 0;
     // The absolute path without symbolic links, "." and ".."; the file must exist.
     virtual FileResult<std::string> realPath(const std::string& path) = 0;
-    // The folder and all that is missing above it. One that exists is no failure.
+    // The folder and all that is missing above it. That the name is taken is no failure: whoever
+    // uses the folder finds out by whom.
     virtual FileResult<void> makeFolders(const std::string& folder) = 0;
     // Creates the lock file if it is missing, mode 0644.
     virtual FileResult<std::unique_ptr<FileLock>> lock(const std::string& path, LockWait wait) = 0;

@@ -24,7 +24,7 @@ inline constexpr int jsonDepthLimit = 512;
 std::optional<JsonValue> parseJson(std::string_view text);
 
 // A text whose top level is an object, reduced to the wanted members. The others are held to the
-// same grammar, but nothing is allocated for them. Nothing if the top level is of another kind.
+// same grammar, but their values are not built. Nothing if the top level is of another kind.
 std::optional<JsonObject> parseJsonMembers(std::string_view text,
                                            std::initializer_list<std::string_view> wanted);
 

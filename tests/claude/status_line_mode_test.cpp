@@ -1,11 +1,13 @@
 #include "claude/status_line_mode.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <csignal>
 
 #include "harness/environment_list.h"
+#include "harness/scripted_file_system.h"
 #include "harness/temporary_folder.h"
 #include "platform/posix/posix_file_system.h"
 
@@ -133,6 +135,11 @@ TEST(ParseRateLimitsDeathTest, AResetTimeBeyondSixtyFourBitsAborts) {
     }
 }
 
+TEST(ParseRateLimits, AResetTimeBeyondSixtyFourBitsOfAWindowThatDoesNotCountIsNotLookedAt) {
+    EXPECT_TRUE(parsed(R"({"used_percentage":null,"resets_at":1e19})").empty());
+    EXPECT_TRUE(parsed(R"({"resets_at":9223372036854775808})").empty());
+}
+
 TEST(ParseRateLimits, ALoneSurrogateElsewhereInTheDocumentCostsNothing) {
     EXPECT_FALSE(StatusLineMode::parseRateLimits(
                      R"({"name":"cut \ud83d","rate_limits":{"five_hour":{"used_percentage":1}}})")
@@ -237,7 +244,7 @@ class StatusLineRun : public ::testing::Test {
             .arguments = arguments,
             .environment = environment_.view(),
             .userId = userId_,
-            .files = files_,
+            .files = *usedFiles_,
             .readInput = [&] { return input; },
             .writeOutput = [&](std::string_view text) { output += text; },
             .now = [this] { return instantFromUnixSeconds(static_cast<double>(now_)); },
@@ -247,6 +254,8 @@ class StatusLineRun : public ::testing::Test {
                 [this](const std::string& command, std::string_view bytes,
                        StatusLineMode::TimeOut timeOut) {
                     commands_.push_back(command);
+                    wasStoredBeforeCommand_ = test::exists(file_);
+                    postedBeforeCommand_ = posted_;
                     commandInput_ = bytes;
                     timeOut_ = timeOut;
                     return commandOutput_;
@@ -264,6 +273,7 @@ class StatusLineRun : public ::testing::Test {
     test::TemporaryFolder folder_;
     test::EnvironmentList environment_ = {{"HOME", folder_.path()}};
     PosixFileSystem files_;
+    FileSystem* usedFiles_ = &files_;
     std::string file_ = folder_.file(".brimwatch/limits/claude-work.json");
     std::uint32_t userId_ = 0;
     std::int64_t now_ = now;
@@ -272,6 +282,8 @@ class StatusLineRun : public ::testing::Test {
     std::optional<std::string> commandOutput_ = "next";
     std::vector<std::string> commands_;
     std::string commandInput_;
+    bool wasStoredBeforeCommand_ = false;
+    int postedBeforeCommand_ = 0;
     StatusLineMode::TimeOut timeOut_{};
 };
 
@@ -376,6 +388,28 @@ TEST_F(StatusLineRun, TheFormerStatusLineIsRunWithTheVeryBytesAndItsOutputWins) 
     EXPECT_EQ(commandInput_, input);
     EXPECT_EQ(timeOut_.count(), 5.0);
     EXPECT_TRUE(test::exists(file_));
+}
+
+TEST_F(StatusLineRun, TheFiguresAreSafeBeforeTheFormerStatusLineIsRun) {
+    environment_.set("BRIMWATCH_NEXT_STATUSLINE", "x");
+    run(document(40));
+    EXPECT_TRUE(wasStoredBeforeCommand_);
+    EXPECT_EQ(postedBeforeCommand_, 1);
+}
+
+TEST_F(StatusLineRun, WaitsForTheLockForAsLongAsItTakes) {
+    test::ScriptedFileSystem recording(files_);
+    usedFiles_ = &recording;
+    run(document(40));
+    EXPECT_THAT(recording.steps(),
+                ::testing::Contains("lock until free " + folder_.file(".brimwatch/limits/.lock")));
+}
+
+TEST_F(StatusLineRun, SettingsBeyondAMebibyteCountAsNone) {
+    const std::string padding(1U << 20U, ' ');
+    test::writeFile(folder_.file(".config/brimwatch/settings.json"),
+                    R"({"usageDisplay":"used"})" + padding);
+    EXPECT_EQ(run(document(40)), "5시간 60% 남음\n");
 }
 
 TEST_F(StatusLineRun, TheFormerStatusLineGetsBytesThatCantBeParsed) {

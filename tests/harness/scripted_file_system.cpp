@@ -87,7 +87,8 @@ FileResult<void> ScriptedFileSystem::makeFolders(const std::string& folder) {
 
 FileResult<std::unique_ptr<FileLock>> ScriptedFileSystem::lock(const std::string& path,
                                                                LockWait wait) {
-    if (const auto error = takeStep("lock", path)) return tl::unexpected(error);
+    const char* name = wait == LockWait::untilFree ? "lock until free" : "lock for two seconds";
+    if (const auto error = takeStep(name, path)) return tl::unexpected(error);
     return inner_.lock(path, wait);
 }
 

@@ -42,6 +42,7 @@ TEST(UsageName, IsNothingWithoutACharacter) {
 TEST(UsageName, KeepsTheFirstFortyCharacters) {
     EXPECT_EQ(normalizedUsageName(std::string(40, 'a')), std::string(40, 'a'));
     EXPECT_EQ(normalizedUsageName(std::string(41, 'a')), std::string(40, 'a'));
+    EXPECT_EQ(normalizedUsageName(std::string(39, 'a') + " b"), std::string(39, 'a') + " ");
     std::string families;
     const std::string family = "\U0001F469\u200D\U0001F469\u200D\U0001F467";
     for (int count = 0; count < 41; ++count)

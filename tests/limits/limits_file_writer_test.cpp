@@ -186,6 +186,22 @@ TEST_F(LimitsFileWriter, ALockThatCantBeOpenedDoesNotLoseTheFigures) {
     EXPECT_EQ(stored().windows, fiveHour(40));
 }
 
+TEST_F(LimitsFileWriter, WithoutTheLockNothingIsTidiedUpSinceNobodyElseIsKeptOut) {
+    std::filesystem::create_directories(limits_ + "/.lock");
+    test::ScriptedFileSystem recording(files_);
+    ASSERT_TRUE(LimitsFile::write(recording, request(fiveHour(40))));
+    for (const std::string& step : recording.steps()) {
+        EXPECT_FALSE(step.starts_with("removeAbandoned")) << step;
+    }
+}
+
+TEST_F(LimitsFileWriter, AFileBeyondAMebibyteCountsAsNoFile) {
+    write(request(fiveHour(90)));
+    test::writeFile(path_, stored().encode() + std::string(1U << 20U, ' '));
+    EXPECT_TRUE(write(request(fiveHour(40))));
+    EXPECT_EQ(stored().windows, fiveHour(40));
+}
+
 TEST_F(LimitsFileWriter, APipeInPlaceOfTheFileOrTheLockIsNotWaitedFor) {
     std::filesystem::create_directories(limits_);
     ASSERT_EQ(::mkfifo(path_.c_str(), 0600), 0);
@@ -259,8 +275,8 @@ TEST_F(LimitsFileWriter, TheUnchangedCaseReadsOneFileAndWritesNone) {
     test::ScriptedFileSystem recording(files_);
     ASSERT_FALSE(*LimitsFile::write(recording, request(fiveHour(40), now + 10)));
     EXPECT_EQ(recording.steps(),
-              (std::vector<std::string>{"makeFolders " + limits_, "lock " + limits_ + "/.lock",
-                                        "read " + path_}));
+              (std::vector<std::string>{"makeFolders " + limits_,
+                                        "lock until free " + limits_ + "/.lock", "read " + path_}));
 }
 
 // A history of reports, told to the writer and to a plain model of it.

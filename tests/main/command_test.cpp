@@ -1,6 +1,8 @@
 // The command as a process: which role it takes, and what it leaves on its streams.
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <filesystem>
 
@@ -50,8 +52,9 @@ TEST_F(Command, WithoutTheDesktopProgramTheApplicationSaysSoAndExitsWithOne) {
     const test::ProcessResult result = run({});
     EXPECT_TRUE(result.exitedWith(1));
     EXPECT_EQ(result.output, "");
-    EXPECT_EQ(result.errorOutput, "brimwatch: can't start the desktop program " + prefix_ +
-                                      "/libexec/brimwatch/brimwatch-desktop\n");
+    EXPECT_EQ(result.errorOutput,
+              "brimwatch: can't start the desktop program " + prefix_ +
+                  "/libexec/brimwatch/brimwatch-desktop: No such file or directory\n");
 }
 
 TEST_F(Command, TheStatusLineFlagBehindAnotherArgumentStartsTheApplication) {
@@ -78,9 +81,50 @@ TEST_F(Command, ThePathHandedOverIsTheOneThatWasCalledThroughItsLinks) {
     EXPECT_EQ(called(runAs(root + "/current/bin/brimwatch", {})), root + "/current/bin/brimwatch");
     EXPECT_EQ(called(runAs(root + "/brimwatch", {})), root + "/brimwatch");
     EXPECT_EQ(called(runAs("./brimwatch", {}, root)), root + "/brimwatch");
-    EXPECT_EQ(called(runAs("current/../1/bin/brimwatch", {}, root)), prefix_ + "/bin/brimwatch");
+    EXPECT_EQ(called(runAs("current/../1/bin/brimwatch", {}, root)),
+              root + "/current/../1/bin/brimwatch");
     EXPECT_EQ(called(runAs("../bin/brimwatch", {}, prefix_ + "/libexec")),
               prefix_ + "/bin/brimwatch");
+}
+
+TEST_F(Command, ThePathHandedOverDoesNotDependOnAWorkingFolderThatHasGone) {
+    installDesktopProgram();
+    const std::string root = fs::canonical(folder_.path());
+    fs::create_directory_symlink("versions/1", root + "/current");
+    const test::ProcessResult result = test::runProcess({
+        .program = "/bin/sh",
+        .arguments = {"-c", "mkdir gone && cd gone && rmdir ../gone && exec '" + root +
+                                "/current/bin/brimwatch'"},
+        .environment = {{"PATH", "/usr/bin:/bin"}},
+        .input = "",
+        .prepare = [&] { fs::current_path(root); },
+    });
+    EXPECT_TRUE(result.output.starts_with(root + "/current/bin/brimwatch\n")) << result.output;
+}
+
+TEST_F(Command, ThePathHandedOverIsNeverADescriptor) {
+    installDesktopProgram();
+    const int file = ::open((prefix_ + "/bin/brimwatch").c_str(), O_RDONLY);
+    const std::string descriptor = "/proc/self/fd/" + std::to_string(file);
+    const auto output = [&] {
+        return test::runProcess({.program = descriptor,
+                                 .arguments = {},
+                                 .environment = {},
+                                 .input = "",
+                                 .prepare = nullptr})
+            .output;
+    };
+    EXPECT_TRUE(output().starts_with(prefix_ + "/bin/brimwatch\n"));
+    fs::remove(prefix_ + "/bin/brimwatch");
+    EXPECT_TRUE(output().starts_with(prefix_ + "/bin/brimwatch\n"));
+    ::close(file);
+}
+
+TEST_F(Command, ADesktopProgramThatCantBeStartedIsNamedWithTheReason) {
+    fs::create_directories(prefix_ + "/libexec/brimwatch/brimwatch-desktop");
+    const test::ProcessResult result = run({});
+    EXPECT_TRUE(result.exitedWith(1));
+    EXPECT_TRUE(result.errorOutput.ends_with("brimwatch-desktop: Permission denied\n"));
 }
 
 TEST_F(Command, AMeaninglessPrivateUpdateCommandExitsWithTwoAndTheUsage) {

@@ -4,6 +4,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <thread>
@@ -103,6 +104,49 @@ TEST_F(StatusLineChain, TwoCopiesThatLeadToEachOtherEnd) {
     fs::copy_file(BRIMWATCH_COMMAND, copy);
     EXPECT_EQ(run(chained("'" + copy + "' --statusline", statusLineDocument(10))),
               "5시간 90% 남음\n");
+    EXPECT_TRUE(noChildIsLeft());
+}
+
+TEST_F(StatusLineChain, LeadingBackFromTheBackgroundEndsToo) {
+    for (const char* start : {"", "setsid "}) {
+        const std::string command = "echo x >> '" + folder_.file("rounds") + "'; (" + start +
+                                    "'" BRIMWATCH_COMMAND "' --statusline --account inner &)";
+        run(chained(command, statusLineDocument(10)));
+        EXPECT_TRUE(noChildIsLeft());
+        EXPECT_EQ(test::readFile(folder_.file("rounds")), "x\n");
+        fs::remove(folder_.file("rounds"));
+    }
+}
+
+// A script that starts itself until it stands so many shells deep, and then leads back.
+TEST_F(StatusLineChain, EightAncestorsAreLookedAtAndNoMore) {
+    const std::string script = folder_.file("nest.sh");
+    const std::string rounds = folder_.file("rounds");
+    test::writeFile(script, "if [ $1 -gt 1 ]; then sh '" + script + "' $(($1 - 1)); exit; fi\n" +
+                                "echo x >> '" + rounds + "'\n" + "[ $(wc -l < '" + rounds +
+                                "') -gt 3 ] && exit\n" +
+                                "'" BRIMWATCH_COMMAND "' --statusline; true\n");
+    // The shell that runs the command line stands between the two as well.
+    const auto roundsThroughShells = [&](int shells) {
+        fs::remove(rounds);
+        run(chained("sh '" + script + "' " + std::to_string(shells - 1) + "; true",
+                    statusLineDocument(10)));
+        const std::string text = test::readFile(rounds);
+        return std::count(text.begin(), text.end(), '\n');
+    };
+    EXPECT_EQ(roundsThroughShells(7), 1);
+    EXPECT_GT(roundsThroughShells(8), 1);
+}
+
+TEST_F(StatusLineChain, EndedWhileItRunsTheFiguresAreStoredAlready) {
+    test::Process process(
+        chained("echo x > '" + folder_.file("runs") + "'; sleep 60", statusLineDocument(77)));
+    ASSERT_TRUE(test::eventually([this] { return test::exists(folder_.file("runs")); }));
+    process.signal(SIGTERM);
+    EXPECT_TRUE(process.wait().endedBySignal(SIGTERM));
+    EXPECT_EQ(
+        LimitsFile::decode(test::readFile(limitsPath()))->windows.at("five_hour").usedPercentage,
+        77);
     EXPECT_TRUE(noChildIsLeft());
 }
 

@@ -120,6 +120,17 @@ TEST_F(StatusLineProcess, AResetTimeBeyondSixtyFourBitsAbortsAndLeavesTheFilesAl
     EXPECT_TRUE(leftovers().empty());
 }
 
+#ifndef BRIMWATCH_SANITIZED
+TEST_F(StatusLineProcess, PrintsALineWhenMemoryRunsOut) {
+    test::ProcessRequest starved = request(std::string(60'000'000, ' '));
+    starved.prepare = [] {
+        const rlimit limit{30'000'000, 30'000'000};
+        ::setrlimit(RLIMIT_AS, &limit);
+    };
+    EXPECT_EQ(run(starved), "\n");
+}
+#endif
+
 TEST_F(StatusLineProcess, TellsAListenerOfAChangeAndOfNothingElse) {
     const int socket = ::socket(AF_UNIX, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
     sockaddr_un address{};

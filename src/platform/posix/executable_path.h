@@ -6,12 +6,12 @@
 
 namespace brimwatch {
 
-// The file that runs, without symbolic links.
+// The file that runs, without symbolic links; the place of its successor if it has been replaced.
 std::optional<std::string> resolvedExecutablePath();
 
 // The path by which the program was started, made absolute, its symbolic links kept: the path that
-// goes on working when a newer version takes the place of this one. The resolved path where the
-// one it was started by does not lead to this program.
+// goes on working when a newer version takes the place of this one. The resolved path where it was
+// started by a descriptor instead of a path.
 std::optional<std::string> calledExecutablePath();
 
 }  // namespace brimwatch

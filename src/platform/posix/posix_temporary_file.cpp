@@ -28,6 +28,14 @@ std::string temporaryName(int attempt) {
     return name;
 }
 
+// False if the file was taken for an abandoned one in the moment before it was locked. On a file
+// system without locks nobody can tell, and nobody removes any.
+bool lockForLife(int file) {
+    ::flock(file, LOCK_EX | LOCK_NB);
+    struct stat status {};
+    return ::fstat(file, &status) == 0 && status.st_nlink > 0;
+}
+
 }  // namespace
 
 FileResult<std::unique_ptr<TemporaryFile>> PosixTemporaryFile::make(const std::string& folder,
@@ -37,12 +45,10 @@ FileResult<std::unique_ptr<TemporaryFile>> PosixTemporaryFile::make(const std::s
         FileDescriptor file(retryOnInterrupt([&] {
             return ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, permissions);
         }));
-        if (file.isOpen()) {
-            // A file system without locks has none to tell the living by, and loses only that.
-            ::flock(file.get(), LOCK_EX | LOCK_NB);
+        if (!file.isOpen() && errno != EEXIST) return systemError(errno);
+        if (file.isOpen() && lockForLife(file.get())) {
             return std::make_unique<PosixTemporaryFile>(std::move(path), std::move(file));
         }
-        if (errno != EEXIST) return systemError(errno);
     }
     return systemError(EEXIST);
 }

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <spawn.h>
+#include <sys/prctl.h>
 #include <sys/signalfd.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -59,15 +60,11 @@ struct Pipe {
 class EndingSignals {
   public:
     EndingSignals() {
-        ::sigemptyset(&signals_);
-        for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM}) {
-            struct sigaction action {};
-            if (::sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_DFL) {
-                ::sigaddset(&signals_, signal);
-            }
-        }
-        ::pthread_sigmask(SIG_BLOCK, &signals_, &formerMask_);
-        descriptor_ = FileDescriptor(::signalfd(-1, &signals_, SFD_CLOEXEC | SFD_NONBLOCK));
+        ::pthread_sigmask(SIG_BLOCK, nullptr, &formerMask_);
+        const sigset_t ending = signalsThatEndThisProcess();
+        descriptor_ = FileDescriptor(::signalfd(-1, &ending, SFD_CLOEXEC | SFD_NONBLOCK));
+        // What can't be read must not be held back.
+        if (descriptor_.isOpen()) ::pthread_sigmask(SIG_BLOCK, &ending, nullptr);
     }
     EndingSignals(const EndingSignals&) = delete;
     EndingSignals& operator=(const EndingSignals&) = delete;
@@ -85,7 +82,19 @@ class EndingSignals {
     }
 
   private:
-    sigset_t signals_{};
+    sigset_t signalsThatEndThisProcess() const {
+        sigset_t ending;
+        ::sigemptyset(&ending);
+        for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM}) {
+            struct sigaction action {};
+            const bool ends = ::sigaction(signal, nullptr, &action) == 0 &&
+                              action.sa_handler == SIG_DFL &&
+                              ::sigismember(&formerMask_, signal) == 0;
+            if (ends) ::sigaddset(&ending, signal);
+        }
+        return ending;
+    }
+
     sigset_t formerMask_{};
     FileDescriptor descriptor_;
 };
@@ -134,6 +143,9 @@ class Command {
         : request_(request), unwritten_(request.input) {}
 
     std::optional<std::string> run() {
+        // Processes that the command leaves behind become children of this one, so that one of them
+        // that is this program again still finds it among its ancestors.
+        ::prctl(PR_SET_CHILD_SUBREAPER, 1);
         if (!start()) return std::nullopt;
         while (output_.isOpen() || !exited_)
             step();
@@ -177,7 +189,7 @@ class Command {
         if (const std::optional<int> signal = signals_.take()) endWith(*signal);
         if (entries[0].revents != 0) writeInput();
         if (entries[1].revents != 0) readOutput();
-        if (!exited_) reap(WNOHANG);
+        if (!exited_) reap();
         if (!exited_ && !terminated_ && now() >= deadline_) terminate();
     }
 
@@ -211,10 +223,10 @@ class Command {
         if (ended) output_.close();
     }
 
-    void reap(int options) {
+    void reap() {
         int status = 0;
         const pid_t reaped =
-            retryOnInterrupt([&] { return ::waitpid(process_, &status, options); });
+            retryOnInterrupt([&] { return ::waitpid(process_, &status, WNOHANG); });
         if (reaped == 0) return;
         exited_ = true;
         // Where SIGCHLD is ignored the system keeps no status; then only our own signal is known.
@@ -223,27 +235,31 @@ class Command {
 
     void terminate() {
         ::kill(process_, SIGTERM);
+        ::kill(process_, SIGCONT);  // without it a stopped process would not notice
         terminated_ = true;
     }
 
     [[noreturn]] void endWith(int signal) {
         ::kill(-process_, SIGTERM);
+        ::kill(-process_, SIGCONT);
         const Milliseconds end = now() + graceTime;
-        while (!exited_ && now() < end) {
-            pollfd process{.fd = processDescriptor_.get(), .events = POLLIN, .revents = 0};
-            ::poll(&process, 1, pollInterval.count());
-            reap(WNOHANG);
+        while (isGroupAlive() && now() < end) {
+            ::poll(nullptr, 0, static_cast<int>(pollInterval.count()));
         }
-        if (!exited_) {
-            ::kill(-process_, SIGKILL);
-            reap(0);
-        }
+        ::kill(-process_, SIGKILL);
         sigset_t only;
         ::sigemptyset(&only);
         ::sigaddset(&only, signal);
         static_cast<void>(::raise(signal));
         ::pthread_sigmask(SIG_UNBLOCK, &only, nullptr);
         std::_Exit(EXIT_FAILURE);
+    }
+
+    // Those of its processes that have ended are reaped here, as orphans of the command come to us.
+    bool isGroupAlive() const {
+        while (::waitpid(-process_, nullptr, WNOHANG) > 0) {
+        }
+        return ::kill(-process_, 0) == 0;
     }
 
     const ShellCommandRequest& request_;

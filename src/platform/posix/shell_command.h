@@ -25,7 +25,9 @@ struct ShellCommandRequest {
 //
 // Input and output flow at once. A process that the command leaves behind with its output open
 // keeps this waiting. The command runs in a process group of its own: a signal that ends this
-// process ends that group first. SIGPIPE must be ignored (`ignoreWriteSignals`).
+// process (SIGTERM, SIGINT, SIGHUP, SIGQUIT) ends that group first. SIGKILL can't be answered; the
+// command then loses its streams. Orphans of the command become children of this process.
+// SIGPIPE must be ignored (`ignoreWriteSignals`).
 std::optional<std::string> runShellCommand(const ShellCommandRequest& request);
 
 }  // namespace brimwatch

@@ -56,10 +56,16 @@ TEST(LimitsChangedDatagram, IsDroppedWhenNobodyListens) {
     postLimitsChanged(environment.view());
     test::writeFile(folder.file("net.quillmoor.brimwatch.limitsChanged"), "no socket");
     postLimitsChanged(environment.view());
-    { const FileDescriptor closed = listenAt(folder.file("dead")); }
-    std::string name = folder.file("dead");
-    postLimitsChanged(environment.view());
     EXPECT_EQ(test::readFile(folder.file("net.quillmoor.brimwatch.limitsChanged")), "no socket");
+}
+
+TEST(LimitsChangedDatagram, IsDroppedWhenTheListenerHasGone) {
+    const test::TemporaryFolder folder;
+    const test::EnvironmentList environment = {{"XDG_RUNTIME_DIR", folder.path()}};
+    const std::string path = folder.file("net.quillmoor.brimwatch.limitsChanged");
+    listenAt(path).close();
+    postLimitsChanged(environment.view());
+    EXPECT_TRUE(test::exists(path));
 }
 
 TEST(LimitsChangedDatagram, NeedsAnAbsoluteRuntimeFolderOfAUsualLength) {

@@ -130,6 +130,17 @@ TEST_F(PosixFiles, TemporaryFilesOfOneProcessDoNotMeet) {
     EXPECT_EQ(test::readFile(folder_.file("a")) + test::readFile(folder_.file("b")), "12");
 }
 
+TEST_F(PosixFiles, ATemporaryFileGetsANameWhereItsFirstOnesAreTaken) {
+    for (int index = 0; index < 50; ++index) {
+        test::writeFile(folder_.file(".brimwatch-" + std::to_string(::getpid()) + "-" +
+                                     std::to_string(index) + ".tmp"),
+                        "of a process with the same number elsewhere");
+    }
+    const auto file = files_.makeTemporary(folder_.path(), 0644);
+    ASSERT_TRUE(file);
+    EXPECT_EQ(files_.entries(folder_.path())->size(), 51U);
+}
+
 TEST_F(PosixFiles, ClaimTakesANameOnlyWhenItIsFree) {
     {
         const auto file = files_.makeTemporary(folder_.path(), 0644);
