@@ -94,12 +94,13 @@ std::string standardizedPath(std::string_view path) {
 
 std::string resolvedPath(FileSystem& files, std::string_view path) {
     std::string existing = standardizedPath(path);
+    if (existing.empty()) existing = ".";
     std::string missing;
     while (true) {
         const FileResult<std::string> real = files.realPath(existing);
         if (real) return missing.empty() ? *real : joinPath(*real, missing);
         const std::string parent = parentPath(existing);
-        if (parent == existing || parent == ".") return joinPath(existing, missing);
+        if (parent == existing) return missing.empty() ? existing : joinPath(existing, missing);
         const std::string name(lastPathComponent(existing));
         missing = missing.empty() ? name : joinPath(name, missing);
         existing = parent;

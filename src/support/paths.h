@@ -27,7 +27,8 @@ std::string parentPath(std::string_view path);
 std::string standardizedPath(std::string_view path);
 
 // The standardised path with its symbolic links resolved, as far as it exists. This is the form in
-// which paths that identify a folder are compared.
+// which paths that identify a folder are compared. A relative path is taken from the working
+// folder.
 std::string resolvedPath(FileSystem& files, std::string_view path);
 
 // The user's own home folder: `HOME` if it is an absolute path, else the folder that /etc/passwd

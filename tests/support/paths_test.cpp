@@ -68,6 +68,17 @@ TEST_F(PathsOnDisk, ResolvingFollowsLinksAsFarAsThePathExists) {
     EXPECT_EQ(resolvedPath(files_, "/no-such-folder/x"), "/no-such-folder/x");
 }
 
+TEST_F(PathsOnDisk, ResolvingTakesARelativePathFromTheWorkingFolder) {
+    const std::string here = std::filesystem::current_path();
+    EXPECT_EQ(resolvedPath(files_, ""), here);
+    EXPECT_EQ(resolvedPath(files_, "."), here);
+    EXPECT_EQ(resolvedPath(files_, "no-such-folder"), here + "/no-such-folder");
+    EXPECT_EQ(resolvedPath(files_, "no-such-folder/x/"), here + "/no-such-folder/x");
+    EXPECT_EQ(resolvedPath(files_, ".."), parentPath(here));
+    EXPECT_EQ(resolvedPath(files_, "../no-such-folder"),
+              joinPath(parentPath(here), "no-such-folder"));
+}
+
 TEST_F(PathsOnDisk, ResolvingALoopOfLinksEnds) {
     std::filesystem::create_symlink(folder_.file("b"), folder_.file("a"));
     std::filesystem::create_symlink(folder_.file("a"), folder_.file("b"));
