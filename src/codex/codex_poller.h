@@ -28,6 +28,21 @@ struct CodexPoller {
         bool operator==(const Reading&) const = default;
     };
 
+    // Why there is no reading.
+    struct Failure {
+        enum class Kind {
+            server,    // the server answered with an error, or ended
+            notFound,  // there is no `codex`
+            timedOut,
+            noLimits,  // the answer held no window that is shown
+        };
+
+        Kind kind = Kind::server;
+        std::string message;  // of the server; never shown
+
+        bool operator==(const Failure&) const = default;
+    };
+
     // A longer balance, blanks at its ends not counted, is no balance: no account has one, and the
     // work that a reply can cause stays small.
     static constexpr std::size_t longestBalanceCharacters = 128;
