@@ -37,7 +37,7 @@ class CodexConversation {
     const std::optional<Outcome>& outcome() const { return outcome_; }
 
   private:
-    std::string receiveLine(std::string_view line);
+    std::string receiveLine(std::string_view text);
     void finish(const JsonObject& reply);
     void fail(CodexPoller::Failure failure);
 
