@@ -25,7 +25,8 @@ namespace {
 using Milliseconds = std::chrono::milliseconds;
 
 constexpr std::size_t longestOutput = 64U << 20U;
-constexpr std::size_t readSize = 64U << 10U;
+// A status line is shorter, and each page of a larger buffer is one more fault.
+constexpr std::size_t readSize = 4U << 10U;
 constexpr Milliseconds pollInterval{10};
 constexpr Milliseconds graceTime{500};
 
