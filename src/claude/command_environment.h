@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace brimwatch {
@@ -16,5 +17,8 @@ struct CommandEnvironment {
     // Whether the path names an executable file.
     std::function<bool(const std::string& path)> isExecutable;
 };
+
+// The `installedCandidates` of a user: in bundles, by a system package, below the home folder.
+std::vector<std::string> installedCandidates(std::string_view home);
 
 }  // namespace brimwatch

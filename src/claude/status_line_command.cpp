@@ -102,15 +102,20 @@ std::optional<std::string> parseStatusLineCommand(std::string_view command) {
     return path;
 }
 
+std::string_view presentStatusLineCommand(const JsonObject& settings) {
+    const JsonValue* statusLine = settings.find("statusLine");
+    const JsonValue* command = statusLine != nullptr ? statusLine->member("command") : nullptr;
+    const std::string* text = command != nullptr ? command->string() : nullptr;
+    return text != nullptr ? std::string_view(*text) : std::string_view();
+}
+
 std::optional<std::string> connectedExecutable(const JsonObject& settings,
                                                std::string_view executable) {
     const JsonValue* statusLine = settings.find("statusLine");
     if (statusLine == nullptr) return std::nullopt;
     const JsonValue* type = statusLine->member("type");
-    const JsonValue* command = statusLine->member("command");
     if (type == nullptr || *type != JsonValue("command")) return std::nullopt;
-    if (command == nullptr || command->string() == nullptr) return std::nullopt;
-    std::optional<std::string> path = parseStatusLineCommand(*command->string());
+    std::optional<std::string> path = parseStatusLineCommand(presentStatusLineCommand(settings));
     if (!path) return std::nullopt;
     const bool isOurs =
         *path == executable ||

@@ -23,6 +23,10 @@ std::string statusLineCommand(std::string_view executable, std::optional<std::st
 // taken too where it needs no quotes.
 std::optional<std::string> parseStatusLineCommand(std::string_view command);
 
+// The command at `statusLine.command` of a parsed `settings.json`, whoever it belongs to; empty if
+// there is none.
+std::string_view presentStatusLineCommand(const JsonObject& settings);
+
 // The executable of our status line in a parsed `settings.json`: `executable` itself, or any copy
 // of the program, told by how its path ends. A status line that passes "--statusline" to another
 // program is the user's own.

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -29,8 +30,21 @@ struct ReplacementOptions {
     std::optional<FileOwner> owner;
 };
 
-// On failure the file is as it was.
+// On failure the file is as it was, unless only the last step failed: waiting for the folder.
 FileResult<void> replaceFile(FileSystem& files, const std::string& path, std::string_view bytes,
                              const ReplacementOptions& options);
+
+// As `replaceFile`, but fails with `file_exists` where the name is taken.
+FileResult<void> claimFile(FileSystem& files, const std::string& path, std::string_view bytes,
+                           const ReplacementOptions& options);
+
+// The steps of `replaceFile`, for who has to look at something between them: a file that has its
+// bytes but not its name, and its naming.
+FileResult<std::unique_ptr<TemporaryFile>> prepareReplacement(FileSystem& files,
+                                                              const std::string& path,
+                                                              std::string_view bytes,
+                                                              const ReplacementOptions& options);
+FileResult<void> finishReplacement(FileSystem& files, const std::string& path, TemporaryFile& file,
+                                   Durability durability);
 
 }  // namespace brimwatch

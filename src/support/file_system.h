@@ -84,6 +84,9 @@ class FileSystem {
     virtual FileResult<FileStatus> status(const std::string& path) = 0;
     // Names, "." and ".." left out, in no particular order.
     virtual FileResult<std::vector<std::string>> entries(const std::string& folder) = 0;
+    // The path that a symbolic link holds, as it stands there. `invalid_argument` if the path names
+    // something other than a link.
+    virtual FileResult<std::string> linkTarget(const std::string& path) = 0;
     // The absolute path without symbolic links, "." and ".."; the file must exist.
     virtual FileResult<std::string> realPath(const std::string& path) = 0;
     // The folder and all that is missing above it. That the name is taken is no failure: whoever

@@ -52,8 +52,14 @@ void ScriptedFileSystem::failAtStep(std::size_t step, std::errc error) {
     error_ = std::make_error_code(error);
 }
 
+void ScriptedFileSystem::interruptAtStep(std::size_t step, std::function<void()> action) {
+    interruptAt_ = step;
+    interruption_ = std::move(action);
+}
+
 std::error_code ScriptedFileSystem::takeStep(const std::string& name, const std::string& path) {
     if (stopsNow()) ::_exit(stoppedStatus);
+    if (interruptAt_ == steps_.size()) interruption_();
     const bool fails = failAt_ == steps_.size();
     steps_.push_back(path.empty() ? name : name + ' ' + path);
     return fails ? error_ : std::error_code();
@@ -73,6 +79,11 @@ FileResult<FileStatus> ScriptedFileSystem::status(const std::string& path) {
 FileResult<std::vector<std::string>> ScriptedFileSystem::entries(const std::string& folder) {
     if (const auto error = takeStep("entries", folder)) return tl::unexpected(error);
     return inner_.entries(folder);
+}
+
+FileResult<std::string> ScriptedFileSystem::linkTarget(const std::string& path) {
+    if (const auto error = takeStep("linkTarget", path)) return tl::unexpected(error);
+    return inner_.linkTarget(path);
 }
 
 FileResult<std::string> ScriptedFileSystem::realPath(const std::string& path) {

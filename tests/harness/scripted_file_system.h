@@ -28,9 +28,13 @@ class ScriptedFileSystem final : public FileSystem {
     void stopAtStep(std::size_t step) { stopAt_ = step; }
     static constexpr int stoppedStatus = 99;
 
+    // Runs the action before that step is taken, as another program might. It is run once.
+    void interruptAtStep(std::size_t step, std::function<void()> action);
+
     FileResult<std::string> read(const std::string& path, std::size_t maximumBytes) override;
     FileResult<FileStatus> status(const std::string& path) override;
     FileResult<std::vector<std::string>> entries(const std::string& folder) override;
+    FileResult<std::string> linkTarget(const std::string& path) override;
     FileResult<std::string> realPath(const std::string& path) override;
     FileResult<void> makeFolders(const std::string& folder) override;
     FileResult<std::unique_ptr<FileLock>> lock(const std::string& path, LockWait wait) override;
@@ -50,6 +54,8 @@ class ScriptedFileSystem final : public FileSystem {
     std::optional<std::size_t> stopAt_;
     std::optional<std::size_t> failAt_;
     std::error_code error_;
+    std::optional<std::size_t> interruptAt_;
+    std::function<void()> interruption_;
 };
 
 // Runs the action in a process of its own, and tells whether `stopAtStep` ended it.

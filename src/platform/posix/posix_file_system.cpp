@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstdlib>
 #include <ctime>
 #include <utility>
@@ -122,6 +123,14 @@ FileResult<std::vector<std::string>> PosixFileSystem::entries(const std::string&
     }
     if (errno != 0) return systemError(errno);
     return names;
+}
+
+FileResult<std::string> PosixFileSystem::linkTarget(const std::string& path) {
+    std::string target(PATH_MAX, '\0');
+    const ssize_t length = ::readlink(path.c_str(), target.data(), target.size());
+    if (length < 0) return systemError(errno);
+    target.resize(static_cast<std::size_t>(length));
+    return target;
 }
 
 FileResult<std::string> PosixFileSystem::realPath(const std::string& path) {

@@ -15,6 +15,7 @@ class PosixFileSystem final : public FileSystem {
     FileResult<std::string> read(const std::string& path, std::size_t maximumBytes) override;
     FileResult<FileStatus> status(const std::string& path) override;
     FileResult<std::vector<std::string>> entries(const std::string& folder) override;
+    FileResult<std::string> linkTarget(const std::string& path) override;
     FileResult<std::string> realPath(const std::string& path) override;
     FileResult<void> makeFolders(const std::string& folder) override;
     FileResult<std::unique_ptr<FileLock>> lock(const std::string& path, LockWait wait) override;

@@ -28,12 +28,18 @@ std::string temporaryName(int attempt) {
     return name;
 }
 
-// False if the file was taken for an abandoned one in the moment before it was locked. On a file
-// system without locks nobody can tell, and nobody removes any.
-bool lockForLife(int file) {
-    ::flock(file, LOCK_EX | LOCK_NB);
-    struct stat status {};
-    return ::fstat(file, &status) == 0 && status.st_nlink > 0;
+bool isNamed(const FileDescriptor& file, const std::string& path) {
+    struct stat opened {};
+    struct stat named {};
+    return ::fstat(file.get(), &opened) == 0 && ::lstat(path.c_str(), &named) == 0 &&
+           opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
+}
+
+// Before it is locked, a new file looks abandoned: another writer may hold it to remove it, or have
+// removed it. A file system without locks has none to tell the living by, and loses only that.
+bool secureOwnership(const FileDescriptor& file, const std::string& path) {
+    if (::flock(file.get(), LOCK_EX | LOCK_NB) != 0) return errno != EWOULDBLOCK;
+    return isNamed(file, path);
 }
 
 }  // namespace
@@ -46,7 +52,7 @@ FileResult<std::unique_ptr<TemporaryFile>> PosixTemporaryFile::make(const std::s
             return ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, permissions);
         }));
         if (!file.isOpen() && errno != EEXIST) return systemError(errno);
-        if (file.isOpen() && lockForLife(file.get())) {
+        if (file.isOpen() && secureOwnership(file, path)) {
             return std::make_unique<PosixTemporaryFile>(std::move(path), std::move(file));
         }
     }
@@ -59,7 +65,9 @@ bool PosixTemporaryFile::isTemporaryName(std::string_view name) {
 
 void PosixTemporaryFile::removeIfAbandoned(const std::string& path) {
     const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-    if (file.isOpen() && ::flock(file.get(), LOCK_EX | LOCK_NB) == 0) ::unlink(path.c_str());
+    if (!file.isOpen() || ::flock(file.get(), LOCK_EX | LOCK_NB) != 0) return;
+    // Another writer may have removed it by now, and a living one may have taken the name.
+    if (isNamed(file, path)) ::unlink(path.c_str());
 }
 
 PosixTemporaryFile::PosixTemporaryFile(std::string path, FileDescriptor file)
