@@ -41,12 +41,12 @@ FileResult<SettingsFile> readOnce(FileSystem& files, const std::string& folder) 
     FileResult<std::string> target = behindLinks(files, settingsPath(folder));
     if (!target) return tl::unexpected(target.error());
     SettingsFile settings{.target = *std::move(target), .status = {}, .bytes = {}, .object = {}};
-    const FileResult<FileStatus> status = files.status(settings.target);
-    if (!status && !isMissing(status.error())) return tl::unexpected(status.error());
-    if (!status) return settings;
     FileResult<std::string> bytes = files.read(settings.target, settingsSizeLimit);
     if (!bytes && !isMissing(bytes.error())) return tl::unexpected(bytes.error());
     if (!bytes) return settings;
+    // After the bytes: as the last look before a renaming it tells of any later change, too.
+    const FileResult<FileStatus> status = files.status(settings.target);
+    if (!status) return tl::unexpected(status.error());
     settings.status = *status;
     settings.object = parseJsonObject(*bytes);
     settings.bytes = *std::move(bytes);

@@ -52,14 +52,9 @@ void ScriptedFileSystem::failAtStep(std::size_t step, std::errc error) {
     error_ = std::make_error_code(error);
 }
 
-void ScriptedFileSystem::interruptAtStep(std::size_t step, std::function<void()> action) {
-    interruptAt_ = step;
-    interruption_ = std::move(action);
-}
-
 std::error_code ScriptedFileSystem::takeStep(const std::string& name, const std::string& path) {
     if (stopsNow()) ::_exit(stoppedStatus);
-    if (interruptAt_ == steps_.size()) interruption_();
+    if (interruption_) interruption_(steps_.size(), name);
     const bool fails = failAt_ == steps_.size();
     steps_.push_back(path.empty() ? name : name + ' ' + path);
     return fails ? error_ : std::error_code();

@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 #include "support/file_system.h"
@@ -28,8 +29,12 @@ class ScriptedFileSystem final : public FileSystem {
     void stopAtStep(std::size_t step) { stopAt_ = step; }
     static constexpr int stoppedStatus = 99;
 
-    // Runs the action before that step is taken, as another program might. It is run once.
-    void interruptAtStep(std::size_t step, std::function<void()> action);
+    // What another program might do between two steps: it is told the number and the name of the
+    // step that comes next.
+    using Interruption = std::function<void(std::size_t step, const std::string& name)>;
+    void interruptBeforeEachStep(Interruption interruption) {
+        interruption_ = std::move(interruption);
+    }
 
     FileResult<std::string> read(const std::string& path, std::size_t maximumBytes) override;
     FileResult<FileStatus> status(const std::string& path) override;
@@ -54,8 +59,7 @@ class ScriptedFileSystem final : public FileSystem {
     std::optional<std::size_t> stopAt_;
     std::optional<std::size_t> failAt_;
     std::error_code error_;
-    std::optional<std::size_t> interruptAt_;
-    std::function<void()> interruption_;
+    Interruption interruption_;
 };
 
 // Runs the action in a process of its own, and tells whether `stopAtStep` ended it.
