@@ -102,6 +102,7 @@ struct ClaudeCodeSetup {
                                        const CommandEnvironment& environment, const Pause& pause);
 };
 
+// NOLINTNEXTLINE(readability-identifier-naming): the name that std::error_code looks for
 std::error_code make_error_code(ClaudeCodeSetup::ConnectionFailure failure);
 
 }  // namespace brimwatch

@@ -24,7 +24,7 @@ enum class Backup { taken, omitted };
 class ConnectionCategory final : public std::error_category {
   public:
     const char* name() const noexcept override { return "brimwatch connection"; }
-    std::string message(int) const override {
+    std::string message(int /*failure*/) const override {
         return "Brimwatch?를 응용 프로그램 폴더에 설치한 뒤 앱을 다시 열어 주세요.";
     }
 };
