@@ -91,8 +91,8 @@ struct ClaudeCodeSetup {
 
     // Makes the program the status line of the folder; the user's own command goes on as the one
     // that ours runs. `account` is an `accountID`. `settings.json` changes in nothing else and is
-    // the old or the new one at any moment. One that can't be read is left alone, and its error is
-    // the failure; one that can't be parsed is replaced, its bytes kept beside it.
+    // the old or the new one at any moment. One that can't be read or parsed is replaced, and kept
+    // beside it; where it can't be kept, it is left alone.
     static FileResult<void> connect(FileSystem& files, const std::string& folder,
                                     const std::optional<std::string>& account,
                                     const CommandEnvironment& environment, const Pause& pause);

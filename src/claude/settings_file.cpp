@@ -40,14 +40,16 @@ FileResult<std::string> behindLinks(FileSystem& files, std::string path) {
 FileResult<SettingsFile> readOnce(FileSystem& files, const std::string& folder) {
     FileResult<std::string> target = behindLinks(files, settingsPath(folder));
     if (!target) return tl::unexpected(target.error());
-    SettingsFile settings{.target = *std::move(target), .status = {}, .bytes = {}, .object = {}};
+    SettingsFile settings;
+    settings.target = *std::move(target);
     FileResult<std::string> bytes = files.read(settings.target, settingsSizeLimit);
-    if (!bytes && !isMissing(bytes.error())) return tl::unexpected(bytes.error());
-    if (!bytes) return settings;
+    if (!bytes && isMissing(bytes.error())) return settings;
     // After the bytes: as the last look before a renaming it tells of any later change, too.
     const FileResult<FileStatus> status = files.status(settings.target);
     if (!status) return tl::unexpected(status.error());
     settings.status = *status;
+    settings.isUnreadable = !bytes;
+    if (!bytes) return settings;
     settings.object = parseJsonObject(*bytes);
     settings.bytes = *std::move(bytes);
     return settings;
@@ -61,8 +63,8 @@ std::string damagedCopyPath(const std::string& folder, int number) {
     return settingsPath(folder) + ".brimwatch-damaged-" + std::to_string(number);
 }
 
-bool holds(FileSystem& files, const std::string& path, const std::string& bytes) {
-    return files.read(path, settingsSizeLimit) == bytes;
+bool holds(FileSystem& files, const std::string& path, const SettingsFile& settings) {
+    return settings.bytes && files.read(path, settingsSizeLimit) == *settings.bytes;
 }
 
 ReplacementOptions likeFormer(const SettingsFile& former) {
@@ -74,6 +76,11 @@ ReplacementOptions likeFormer(const SettingsFile& former) {
         options.owner = FileOwner{.owner = former.status.owner, .group = former.status.group};
     }
     return options;
+}
+
+FileResult<void> keepAs(FileSystem& files, const std::string& path, const SettingsFile& settings) {
+    if (settings.isUnreadable) return files.addName(settings.target, path);
+    return claimFile(files, path, *settings.bytes, likeFormer(settings));
 }
 
 }  // namespace
@@ -98,11 +105,11 @@ void backupSettings(FileSystem& files, const std::string& folder, const Settings
 
 FileResult<void> keepDamagedSettings(FileSystem& files, const std::string& folder,
                                      const SettingsFile& settings) {
-    if (!settings.isDamaged() || holds(files, backupPath(folder), *settings.bytes)) return {};
+    if (!settings.isDamaged() || holds(files, backupPath(folder), settings)) return {};
     for (int number = 1; number <= damagedCopyLimit; ++number) {
         const std::string copy = damagedCopyPath(folder, number);
-        if (holds(files, copy, *settings.bytes)) return {};
-        const FileResult<void> kept = claimFile(files, copy, *settings.bytes, likeFormer(settings));
+        if (holds(files, copy, settings)) return {};
+        const FileResult<void> kept = keepAs(files, copy, settings);
         if (kept || kept.error() != std::errc::file_exists) return kept;
     }
     return failure(std::errc::file_exists);
@@ -114,8 +121,9 @@ FileResult<void> writeSettings(FileSystem& files, const std::string& folder,
     const ReplacementOptions options = likeFormer(former);
     const auto file = prepareReplacement(files, former.target, text, options);
     if (!file) return tl::unexpected(file.error());
-    if (readOnce(files, folder) != former)
+    if (readOnce(files, folder) != former) {
         return failure(std::errc::resource_unavailable_try_again);
+    }
     return finishReplacement(files, former.target, **file, options.durability);
 }
 

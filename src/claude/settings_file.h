@@ -4,7 +4,7 @@
 //
 // Beside it lie safety copies for the user, which this program never reads back nor removes:
 // `settings.json.brimwatch-backup`, the file as it was before our first change, and
-// `settings.json.brimwatch-damaged-N`, files that could not be parsed and were replaced.
+// `settings.json.brimwatch-damaged-N`, files that could not be read or parsed and were replaced.
 #pragma once
 
 #include <chrono>
@@ -26,10 +26,11 @@ inline constexpr std::size_t settingsSizeLimit = 16U << 20U;
 struct SettingsFile {
     std::string target;                // the file itself, behind symbolic links
     FileStatus status;                 // of a file that is there
-    std::optional<std::string> bytes;  // nothing if there is no file
+    std::optional<std::string> bytes;  // nothing if there is no file, or it can't be read
     std::optional<JsonObject> object;  // nothing if there is no file, or it holds none
+    bool isUnreadable = false;         // there is a file, but its bytes can't be had
 
-    bool isDamaged() const { return bytes && !object; }
+    bool isDamaged() const { return isUnreadable || (bytes && !object); }
 
     bool operator==(const SettingsFile&) const = default;
 };
@@ -45,7 +46,7 @@ FileResult<SettingsFile> readSettings(FileSystem& files, const std::string& fold
 void backupSettings(FileSystem& files, const std::string& folder, const SettingsFile& settings);
 
 // Sees to it that the bytes of a damaged file lie beside it, in the backup or in a copy of their
-// own.
+// own; a file that can't be read is kept itself, under one more name.
 FileResult<void> keepDamagedSettings(FileSystem& files, const std::string& folder,
                                      const SettingsFile& settings);
 

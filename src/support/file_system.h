@@ -89,6 +89,8 @@ class FileSystem {
     virtual FileResult<std::string> linkTarget(const std::string& path) = 0;
     // The absolute path without symbolic links, "." and ".."; the file must exist.
     virtual FileResult<std::string> realPath(const std::string& path) = 0;
+    // Gives a file one more name (a hard link), without opening it; fails where the name is taken.
+    virtual FileResult<void> addName(const std::string& path, const std::string& name) = 0;
     // The folder and all that is missing above it. That the name is taken is no failure: whoever
     // uses the folder finds out by whom.
     virtual FileResult<void> makeFolders(const std::string& folder) = 0;

@@ -132,18 +132,57 @@ TEST_F(SettingsFileTest, ALinkToItselfIsLeftAlone) {
     EXPECT_TRUE(std::filesystem::is_symlink(path_));
 }
 
-TEST_F(SettingsFileTest, WhatIsThereButCantBeReadIsNeverReplaced) {
-    std::filesystem::remove(path_);
-    std::filesystem::create_directory(path_);
-    EXPECT_EQ(connect(files_).error(), std::errc::is_a_directory);
-    EXPECT_EQ(disconnect(files_).error(), std::errc::is_a_directory);
+TEST_F(SettingsFileTest, AFileThatCantBeReadIsReplacedAndKeptUnderAnotherName) {
+    for (const std::errc error : {std::errc::permission_denied, std::errc::io_error}) {
+        startAgain();
+        test::ScriptedFileSystem failing(files_);
+        failing.failEveryRead(path_, error);
+        ASSERT_TRUE(connect(failing));
+        EXPECT_EQ(presentStatusLineCommand(parsed(stored())), test::programCommand);
+        EXPECT_EQ(test::readFile(damagedCopy_ + "1"), userSettings);
+        EXPECT_FALSE(test::exists(backup_));
+    }
+}
+
+TEST_F(SettingsFileTest, AFileThatIsNoRegularOneOrTooLargeIsKeptUnderAnotherNameToo) {
     std::filesystem::remove(path_);
     ASSERT_EQ(::mkfifo(path_.c_str(), 0600), 0);
-    EXPECT_EQ(connect(files_).error(), std::errc::invalid_argument);
-    std::filesystem::remove(path_);
+    ASSERT_TRUE(connect(files_));
+    EXPECT_EQ(files_.status(damagedCopy_ + "1")->kind, FileKind::other);
     store(std::string(settingsSizeLimit + 1, ' '));
-    EXPECT_EQ(connect(files_).error(), std::errc::file_too_large);
+    ASSERT_TRUE(connect(files_));
+    EXPECT_EQ(files_.status(damagedCopy_ + "2")->size,
+              static_cast<std::int64_t>(settingsSizeLimit) + 1);
+}
+
+TEST_F(SettingsFileTest, WhatCanNeitherBeReadNorKeptIsLeftAlone) {
+    test::ScriptedFileSystem recording(files_);
+    recording.failEveryRead(path_, std::errc::permission_denied);
+    ASSERT_TRUE(connect(recording));
+    const auto keeping = std::find(recording.steps().begin(), recording.steps().end(),
+                                   "addName " + damagedCopy_ + "1");
+    ASSERT_NE(keeping, recording.steps().end());
+    startAgain();
+    test::ScriptedFileSystem failing(files_);
+    failing.failEveryRead(path_, std::errc::permission_denied);
+    failing.failAtStep(static_cast<std::size_t>(keeping - recording.steps().begin()),
+                       std::errc::operation_not_permitted);
+    EXPECT_EQ(connect(failing).error(), std::errc::operation_not_permitted);
+    EXPECT_EQ(stored(), userSettings);
+
+    std::filesystem::remove(path_);
+    std::filesystem::create_directory(path_);
+    EXPECT_FALSE(connect(files_));
     EXPECT_THAT(names(work_), ElementsAre("settings.json"));
+}
+
+TEST_F(SettingsFileTest, DisconnectingFromAFileThatCantBeReadChangesNothing) {
+    store(connectedText());
+    const std::string connected = stored();
+    test::ScriptedFileSystem failing(files_);
+    failing.failEveryRead(path_, std::errc::permission_denied);
+    EXPECT_TRUE(disconnect(failing));
+    EXPECT_EQ(stored(), connected);
 }
 
 TEST_F(SettingsFileTest, AFileThatCantBeReadIsReadAgainAfterAPause) {

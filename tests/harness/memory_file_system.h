@@ -54,6 +54,11 @@ class MemoryFileSystem final : public FileSystem {
         if (!files_.contains(path)) return failure(std::errc::no_such_file_or_directory);
         return path;
     }
+    FileResult<void> addName(const std::string& path, const std::string& name) override {
+        if (files_.contains(name)) return failure(std::errc::file_exists);
+        files_[name] = files_.at(path);
+        return {};
+    }
     FileResult<void> makeFolders(const std::string&) override { return {}; }
     FileResult<std::vector<std::string>> entries(const std::string&) override {
         return failure(std::errc::function_not_supported);

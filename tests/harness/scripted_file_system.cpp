@@ -52,6 +52,11 @@ void ScriptedFileSystem::failAtStep(std::size_t step, std::errc error) {
     error_ = std::make_error_code(error);
 }
 
+void ScriptedFileSystem::failEveryRead(const std::string& path, std::errc error) {
+    unreadablePath_ = path;
+    unreadableError_ = std::make_error_code(error);
+}
+
 std::error_code ScriptedFileSystem::takeStep(const std::string& name, const std::string& path) {
     if (stopsNow()) ::_exit(stoppedStatus);
     if (interruption_) interruption_(steps_.size(), name);
@@ -63,6 +68,7 @@ std::error_code ScriptedFileSystem::takeStep(const std::string& name, const std:
 FileResult<std::string> ScriptedFileSystem::read(const std::string& path,
                                                  std::size_t maximumBytes) {
     if (const auto error = takeStep("read", path)) return tl::unexpected(error);
+    if (path == unreadablePath_) return tl::unexpected(unreadableError_);
     return inner_.read(path, maximumBytes);
 }
 
@@ -84,6 +90,11 @@ FileResult<std::string> ScriptedFileSystem::linkTarget(const std::string& path) 
 FileResult<std::string> ScriptedFileSystem::realPath(const std::string& path) {
     if (const auto error = takeStep("realPath", path)) return tl::unexpected(error);
     return inner_.realPath(path);
+}
+
+FileResult<void> ScriptedFileSystem::addName(const std::string& path, const std::string& name) {
+    if (const auto error = takeStep("addName", name)) return tl::unexpected(error);
+    return inner_.addName(path, name);
 }
 
 FileResult<void> ScriptedFileSystem::makeFolders(const std::string& folder) {

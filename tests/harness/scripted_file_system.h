@@ -24,6 +24,8 @@ class ScriptedFileSystem final : public FileSystem {
 
     // Makes the step with that number, counted from 0, fail without being carried out.
     void failAtStep(std::size_t step, std::errc error);
+    // Makes every reading of that file fail.
+    void failEveryRead(const std::string& path, std::errc error);
     // Ends the process instead of taking that step, with exit status `stoppedStatus`. A write is
     // carried out for its first half.
     void stopAtStep(std::size_t step) { stopAt_ = step; }
@@ -41,6 +43,7 @@ class ScriptedFileSystem final : public FileSystem {
     FileResult<std::vector<std::string>> entries(const std::string& folder) override;
     FileResult<std::string> linkTarget(const std::string& path) override;
     FileResult<std::string> realPath(const std::string& path) override;
+    FileResult<void> addName(const std::string& path, const std::string& name) override;
     FileResult<void> makeFolders(const std::string& folder) override;
     FileResult<std::unique_ptr<FileLock>> lock(const std::string& path, LockWait wait) override;
     FileResult<std::unique_ptr<TemporaryFile>> makeTemporary(const std::string& folder,
@@ -59,6 +62,8 @@ class ScriptedFileSystem final : public FileSystem {
     std::optional<std::size_t> stopAt_;
     std::optional<std::size_t> failAt_;
     std::error_code error_;
+    std::string unreadablePath_;
+    std::error_code unreadableError_;
     Interruption interruption_;
 };
 

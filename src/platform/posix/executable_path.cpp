@@ -35,6 +35,12 @@ bool isDescriptorPath(std::string_view path) {
 
 }  // namespace
 
+bool isExecutableFile(const std::string& path) {
+    struct stat status {};
+    return ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
+           ::access(path.c_str(), X_OK) == 0;
+}
+
 std::optional<std::string> resolvedExecutablePath() {
     std::array<char, PATH_MAX> path{};
     const ssize_t length = ::readlink("/proc/self/exe", path.data(), path.size());

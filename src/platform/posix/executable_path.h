@@ -1,10 +1,13 @@
-// Where the running program lies.
+// Executable files, and where the running program lies.
 #pragma once
 
 #include <optional>
 #include <string>
 
 namespace brimwatch {
+
+// Whether the path names a file, not a folder, that this user may execute. Follows links.
+bool isExecutableFile(const std::string& path);
 
 // The file that runs, without symbolic links; the place of its successor if it has been replaced.
 std::optional<std::string> resolvedExecutablePath();

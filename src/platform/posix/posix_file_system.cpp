@@ -142,6 +142,11 @@ FileResult<std::string> PosixFileSystem::realPath(const std::string& path) {
     return std::string(resolved.get());
 }
 
+FileResult<void> PosixFileSystem::addName(const std::string& path, const std::string& name) {
+    if (::link(path.c_str(), name.c_str()) != 0) return systemError(errno);
+    return {};
+}
+
 FileResult<void> PosixFileSystem::makeFolders(const std::string& folder) {
     if (::mkdir(folder.c_str(), folderMode) == 0 || errno == EEXIST) return {};
     const std::string parent = parentPath(folder);

@@ -177,6 +177,29 @@ TEST_F(PosixFiles, ReplacingKeepsTheModeAndOwnerThatAreAskedFor) {
     EXPECT_EQ(files_.status(folder_.file("y"))->permissions, 0600U);
 }
 
+TEST_F(PosixFiles, LinkTargetIsWhatALinkSaysAndNothingElseHasOne) {
+    std::filesystem::create_symlink("some/where", folder_.file("link"));
+    test::writeFile(folder_.file("x"), "");
+    EXPECT_EQ(files_.linkTarget(folder_.file("link")), "some/where");
+    EXPECT_EQ(files_.linkTarget(folder_.file("x")).error(), std::errc::invalid_argument);
+    EXPECT_EQ(files_.linkTarget(folder_.file("none")).error(),
+              std::errc::no_such_file_or_directory);
+}
+
+TEST_F(PosixFiles, AnotherNameIsTheSameFileAndNeverTakesOneThatIsThere) {
+    test::writeFile(folder_.file("x"), "1");
+    EXPECT_TRUE(files_.addName(folder_.file("x"), folder_.file("y")));
+    EXPECT_EQ(files_.status(folder_.file("x")), files_.status(folder_.file("y")));
+    EXPECT_EQ(files_.addName(folder_.file("x"), folder_.file("y")).error(), std::errc::file_exists);
+}
+
+TEST_F(PosixFiles, ClaimingAFileIsMakingItWholeOrNotAtAll) {
+    EXPECT_TRUE(claimFile(files_, folder_.file("x"), "first", {}));
+    EXPECT_EQ(claimFile(files_, folder_.file("x"), "second", {}).error(), std::errc::file_exists);
+    EXPECT_EQ(test::readFile(folder_.file("x")), "first");
+    EXPECT_EQ(files_.entries(folder_.path())->size(), 1U);
+}
+
 TEST_F(PosixFiles, RealPathIsWithoutLinks) {
     const std::string real = std::filesystem::canonical(folder_.path());
     std::filesystem::create_directories(real + "/a");
