@@ -47,7 +47,11 @@ std::optional<LimitsFile> LimitsFile::decode(std::string_view bytes) {
     const std::optional<JsonObject> object = parseJsonMembers(
         bytes, {"version", "provider", "account", "windows", "updated_at", "plan_tier"});
     if (!object) return std::nullopt;
-    JsonFields fields(*object);
+    return fromJson(*object);
+}
+
+std::optional<LimitsFile> LimitsFile::fromJson(const JsonObject& object) {
+    JsonFields fields(object);
     std::optional<Windows> windows = decodeWindows(fields.object("windows"));
     if (!windows) return std::nullopt;
     LimitsFile file{.version = fields.integer("version"),
@@ -61,6 +65,10 @@ std::optional<LimitsFile> LimitsFile::decode(std::string_view bytes) {
 }
 
 std::string LimitsFile::encode() const {
+    return writeJson(toJson(), JsonLayout::pretty);
+}
+
+JsonObject LimitsFile::toJson() const {
     JsonObject object;
     object.set("version", JsonNumber::fromInteger(version));
     object.set("provider", provider);
@@ -68,7 +76,11 @@ std::string LimitsFile::encode() const {
     object.set("windows", encodeWindows(windows));
     object.set("updated_at", JsonNumber::fromInteger(updatedAt));
     if (planTier) object.set("plan_tier", *planTier);
-    return writeJson(object, JsonLayout::pretty);
+    return object;
+}
+
+std::string LimitsFile::id() const {
+    return provider + '-' + account;
 }
 
 }  // namespace brimwatch

@@ -14,8 +14,12 @@
 
 #include "support/file_system.h"
 #include "support/instant.h"
+#include "support/json_value.h"
 
 namespace brimwatch {
+
+// Far above what a writer of ours makes; a larger file is somebody else's and counts as none.
+inline constexpr std::size_t limitsFileSizeLimit = 1U << 20U;
 
 struct LimitsFile {
     struct Window {
@@ -50,9 +54,14 @@ struct LimitsFile {
 
     // Nothing unless every key is there with its type; unknown keys are ignored.
     static std::optional<LimitsFile> decode(std::string_view bytes);
+    static std::optional<LimitsFile> fromJson(const JsonObject& object);
 
     // Pretty-printed with sorted keys: equal values give equal bytes.
     std::string encode() const;
+    JsonObject toJson() const;
+
+    // Provider, "-", account, as in "claude-work": the key of everything that is kept by account.
+    std::string id() const;
 
     // Writes the account's file under the lock of the folder, or decides that nothing changed.
     // True if it wrote. Fails only if the folder can't be made or the bytes can't be written; the

@@ -9,9 +9,6 @@
 namespace brimwatch {
 namespace {
 
-// Far above what a writer of ours makes; a larger file is somebody else's and counts as none.
-constexpr std::size_t limitsFileSizeLimit = 1U << 20U;
-
 std::optional<LimitsFile> readExisting(FileSystem& files, const std::string& path) {
     const FileResult<std::string> bytes = files.read(path, limitsFileSizeLimit);
     if (!bytes) return std::nullopt;
@@ -35,15 +32,13 @@ FileResult<bool> LimitsFile::write(FileSystem& files, const WriteRequest& reques
     // Without the lock a figure may be lost to another writer; without writing it surely is.
     const FileResult<std::unique_ptr<FileLock>> lock =
         files.lock(joinPath(request.folder, ".lock"), request.lockWait);
-    const std::string path =
-        joinPath(request.folder, request.provider + "-" + request.account + ".json");
-
     LimitsFile next{.version = 1,
                     .provider = request.provider,
                     .account = request.account,
                     .windows = request.windows,
                     .updatedAt = wholeUnixSeconds(request.now),
                     .planTier = request.planTier};
+    const std::string path = joinPath(request.folder, next.id() + ".json");
     if (const std::optional<LimitsFile> existing = readExisting(files, path)) {
         if (request.mergingExisting) {
             auto [merged, changed] =

@@ -1,6 +1,11 @@
 #include "limits/limits_memory.h"
 
 #include <algorithm>
+#include <utility>
+
+#include "support/json_fields.h"
+#include "support/json_reader.h"
+#include "support/json_writer.h"
 
 namespace brimwatch {
 namespace {
@@ -48,6 +53,46 @@ LimitsMemory::Merged LimitsMemory::merge(const LimitsFile::Windows& old,
         merged.changed |= result.changed;
     }
     return merged;
+}
+
+const LimitsFile& LimitsMemory::remember(LimitsFile file, std::int64_t now) {
+    const auto [entry, isNew] = files.try_emplace(file.id());
+    LimitsFile& stored = entry->second;
+    if (isNew) return stored = std::move(file);
+    const bool isOlder = stored.updatedAt > file.updatedAt;
+    if (file.provider == rawString(SubscriptionLimits::Provider::codex)) {
+        if (!isOlder) stored = std::move(file);
+        return stored;
+    }
+    auto [windows, changed] = merge(stored.windows, file.windows, now);
+    file.windows = std::move(windows);
+    if (!changed || isOlder) file.updatedAt = stored.updatedAt;
+    return stored = std::move(file);
+}
+
+std::optional<LimitsMemory> LimitsMemory::decode(std::string_view bytes) {
+    const std::optional<JsonObject> object = parseJsonMembers(bytes, {"files"});
+    if (!object) return std::nullopt;
+    JsonFields fields(*object);
+    LimitsMemory memory;
+    for (const auto& [id, value] : fields.object("files").members()) {
+        const JsonObject* members = value.object();
+        std::optional<LimitsFile> file =
+            members != nullptr ? LimitsFile::fromJson(*members) : std::nullopt;
+        if (!file) return std::nullopt;
+        memory.files.emplace_hint(memory.files.end(), id, *std::move(file));
+    }
+    if (!fields.allRead()) return std::nullopt;
+    return memory;
+}
+
+std::string LimitsMemory::encode() const {
+    JsonObject entries;
+    for (const auto& [id, file] : files)
+        entries.set(id, file.toJson());
+    JsonObject object;
+    object.set("files", std::move(entries));
+    return writeJson(object, JsonLayout::compact);
 }
 
 }  // namespace brimwatch

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <tuple>
 
+#include "limits/limits_file.h"
 #include "support/json_fields.h"
 #include "support/json_reader.h"
 
@@ -33,18 +34,35 @@ std::optional<WindowFiles> decodeWindows(const JsonObject& object) {
     return windows;
 }
 
+std::optional<UsageWindow> shownWindow(double usedPercentage, std::optional<double> resetsAt) {
+    UsageWindow window{usedPercentage, std::nullopt};
+    if (resetsAt) window.resetsAt = instantFromUnixSeconds(*resetsAt);
+    if (!isValid(window)) return std::nullopt;
+    return window;
+}
+
 std::optional<UsageWindow> shownWindow(const WindowFiles& windows, std::string_view key) {
     for (const auto& [name, window] : windows) {
-        if (name != key) continue;
-        if (!(window.usedPercentage >= 0 && window.usedPercentage <= 100)) return std::nullopt;
-        if (!window.resetsAt) return UsageWindow{window.usedPercentage, std::nullopt};
-        if (!std::isfinite(*window.resetsAt)) return std::nullopt;
-        return UsageWindow{window.usedPercentage, instantFromUnixSeconds(*window.resetsAt)};
+        if (name == key) return shownWindow(window.usedPercentage, window.resetsAt);
     }
     return std::nullopt;
 }
 
+std::optional<UsageWindow> shownWindow(const LimitsFile::Windows& windows, std::string_view key) {
+    const auto found = windows.find(key);
+    if (found == windows.end()) return std::nullopt;
+    const auto& [usedPercentage, resetsAt] = found->second;
+    return shownWindow(usedPercentage, resetsAt
+                                           ? std::optional<double>(static_cast<double>(*resetsAt))
+                                           : std::nullopt);
+}
+
 }  // namespace
+
+bool isValid(const UsageWindow& window) {
+    return window.usedPercentage >= 0 && window.usedPercentage <= 100 &&
+           (!window.resetsAt || std::isfinite(unixSeconds(*window.resetsAt)));
+}
 
 std::optional<SubscriptionLimits> SubscriptionLimits::fromFileData(std::string_view fileData) {
     const std::optional<JsonObject> object = parseJsonMembers(
@@ -64,6 +82,22 @@ std::optional<SubscriptionLimits> SubscriptionLimits::fromFileData(std::string_v
                               .displayName = std::nullopt,
                               .recentUsageHistory = std::nullopt};
     if (!fields.allRead() || (!limits.fiveHour && !limits.sevenDay)) return std::nullopt;
+    return limits;
+}
+
+std::optional<SubscriptionLimits> SubscriptionLimits::fromFile(const LimitsFile& file) {
+    const std::optional<Provider> provider = providerFromRawString(file.provider);
+    if (file.version != supportedVersion || !provider) return std::nullopt;
+    SubscriptionLimits limits{
+        .provider = *provider,
+        .account = file.account,
+        .fiveHour = shownWindow(file.windows, "five_hour"),
+        .sevenDay = shownWindow(file.windows, "seven_day"),
+        .updatedAt = instantFromUnixSeconds(static_cast<double>(file.updatedAt)),
+        .planTier = file.planTier,
+        .displayName = std::nullopt,
+        .recentUsageHistory = std::nullopt};
+    if (!limits.fiveHour && !limits.sevenDay) return std::nullopt;
     return limits;
 }
 

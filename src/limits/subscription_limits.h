@@ -1,7 +1,9 @@
 // One account's figures as the rest of the program sees them.
 #pragma once
 
+#include <functional>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -10,12 +12,17 @@
 
 namespace brimwatch {
 
+struct LimitsFile;
+
 struct UsageWindow {
     double usedPercentage = 0;        // percent, 0 to 100
     std::optional<Instant> resetsAt;  // absent: the provider did not say
 
     bool operator==(const UsageWindow&) const = default;
 };
+
+// Whether a window can be shown: a percentage from 0 to 100, and a reset time that is finite.
+bool isValid(const UsageWindow& window);
 
 // One observation of an account, kept for the usage of the last hours.
 struct RecentUsageSample {
@@ -29,6 +36,9 @@ struct RecentUsageSample {
 
     bool operator==(const RecentUsageSample&) const = default;
 };
+
+// Ids of accounts, as `SubscriptionLimits::id` gives them.
+using SubscriptionIds = std::set<std::string, std::less<>>;
 
 enum class TitleAccount { shown, hidden };
 
@@ -49,6 +59,9 @@ struct SubscriptionLimits {
     // fractions, and a window that can't be shown is dropped alone. Nothing if the file is not of
     // version 1, its provider is unknown, or no window is left.
     static std::optional<SubscriptionLimits> fromFileData(std::string_view fileData);
+
+    // What `fromFileData` gives for the bytes that the file encodes to.
+    static std::optional<SubscriptionLimits> fromFile(const LimitsFile& file);
 
     // Provider, "-", account, as in "claude-work": the key of everything that is kept by account.
     std::string id() const;
