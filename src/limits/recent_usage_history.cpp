@@ -31,6 +31,27 @@ void replaceLast(RecentUsageSamples& samples, RecentUsageSample sample) {
     samples.back() = std::move(sample);
 }
 
+// Of samples of one instant the first one stays. Every instant must be a number.
+void orderByInstant(RecentUsageSamples& samples) {
+    std::stable_sort(samples.begin(), samples.end(),
+                     [](const auto& a, const auto& b) { return a.updatedAt < b.updatedAt; });
+    const auto last = std::unique(samples.begin(), samples.end(), [](const auto& a, const auto& b) {
+        return a.updatedAt == b.updatedAt;
+    });
+    samples.erase(last, samples.end());
+}
+
+void keepNewest(RecentUsageSamples& samples) {
+    if (samples.size() <= recentUsageCapacity) return;
+    samples.erase(samples.begin(), samples.end() - recentUsageCapacity);
+}
+
+// Whether the sample may be kept at the time `now`.
+bool isKept(const RecentUsageSample& sample, Instant now) {
+    return now - recentUsageRetention <= sample.updatedAt &&
+           sample.updatedAt <= now + recentUsageFutureAllowance && isValid(sample);
+}
+
 RecentUsageSample sampleOf(const SubscriptionLimits& limits) {
     return {.updatedAt = limits.updatedAt,
             .fiveHour = limits.fiveHour,
@@ -55,29 +76,24 @@ void append(RecentUsageSamples& samples, RecentUsageSample sample) {
 
 void prune(RecentUsageHistory& history, Instant now) {
     for (auto& [id, samples] : history.accounts) {
-        samples = RecentUsageHistory::normalized(samples, now, SampleCapacity::newest300);
+        samples = RecentUsageHistory::normalized(std::move(samples), now,
+                                                 RecentUsageHistory::Capacity::newest300);
     }
     std::erase_if(history.accounts, [](const auto& account) { return account.second.empty(); });
 }
 
-// All samples in the order of time; of one instant the first, even if it is of no use.
-RecentUsageSampleReferences firstOfEachInstant(
-    const std::vector<const RecentUsageSamples*>& groups) {
-    RecentUsageSampleReferences references;
+// What the groups hold together; of one instant the sample that comes first, even if it is of no
+// use.
+RecentUsageSamples firstOfEachInstant(const std::vector<const RecentUsageSamples*>& groups) {
+    RecentUsageSamples samples;
     for (const RecentUsageSamples* group : groups) {
-        if (group == nullptr) continue;
-        for (const RecentUsageSample& sample : *group) {
-            // A time that is not a number has no place in the order.
-            if (std::isfinite(unixSeconds(sample.updatedAt))) references.push_back(&sample);
-        }
+        if (group != nullptr) samples.insert(samples.end(), group->begin(), group->end());
     }
-    std::stable_sort(references.begin(), references.end(),
-                     [](const auto* a, const auto* b) { return a->updatedAt < b->updatedAt; });
-    const auto last =
-        std::unique(references.begin(), references.end(),
-                    [](const auto* a, const auto* b) { return a->updatedAt == b->updatedAt; });
-    references.erase(last, references.end());
-    return references;
+    std::erase_if(samples, [](const RecentUsageSample& sample) {
+        return !std::isfinite(unixSeconds(sample.updatedAt));
+    });
+    orderByInstant(samples);
+    return samples;
 }
 
 }  // namespace
@@ -97,21 +113,23 @@ std::vector<SubscriptionLimits> RecentUsageHistory::record(std::vector<Subscript
     return limits;
 }
 
-RecentUsageSamples RecentUsageHistory::normalized(const RecentUsageSamples& samples, Instant now,
-                                                  SampleCapacity capacity) {
-    return copied(normalizedReferences(samples, now, capacity));
+RecentUsageSamples RecentUsageHistory::normalized(RecentUsageSamples samples, Instant now,
+                                                  Capacity capacity) {
+    std::erase_if(samples, [now](const RecentUsageSample& sample) { return !isKept(sample, now); });
+    orderByInstant(samples);
+    if (capacity == Capacity::newest300) keepNewest(samples);
+    return samples;
 }
 
 RecentUsageSamples RecentUsageHistory::merged(const std::vector<const RecentUsageSamples*>& groups,
                                               Instant now) {
     RecentUsageSamples result;
-    for (const RecentUsageSample* reference : firstOfEachInstant(groups)) {
-        if (!isKept(*reference, now)) continue;
-        if (result.empty() || !isSameBucket(result.back(), *reference)) {
-            result.push_back(*reference);
+    for (RecentUsageSample& sample : firstOfEachInstant(groups)) {
+        if (!isKept(sample, now)) continue;
+        if (result.empty() || !isSameBucket(result.back(), sample)) {
+            result.push_back(std::move(sample));
             continue;
         }
-        RecentUsageSample sample = *reference;
         addResetsSince(result.back(), sample);
         replaceLast(result, std::move(sample));
     }

@@ -5,6 +5,7 @@
 // or not anybody looks at them. Belongs to one thread.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <optional>
@@ -19,6 +20,8 @@
 namespace brimwatch {
 
 struct RecentUsageHistory {
+    enum class Capacity : std::uint8_t { newest300, unlimited };
+
     std::map<std::string, RecentUsageSamples, std::less<>> accounts;  // by id, oldest first
 
     // Forgets what has become too old, takes one sample of each record whose account is allowed,
@@ -28,8 +31,8 @@ struct RecentUsageHistory {
 
     // The valid samples of the 24 hours before `now`, in the order of time, the first one of each
     // instant.
-    static RecentUsageSamples normalized(const RecentUsageSamples& samples, Instant now,
-                                         SampleCapacity capacity);
+    static RecentUsageSamples normalized(RecentUsageSamples samples, Instant now,
+                                         Capacity capacity);
 
     // Joins what several sources saw of one account into one sample for each five minutes, which
     // carries every reset that was seen in them. Of one instant the first group counts. A null

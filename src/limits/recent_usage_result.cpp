@@ -3,15 +3,17 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <span>
 #include <tl/expected.hpp>
 
+#include "limits/recent_usage_history.h"
 #include "limits/recent_usage_samples.h"
 
 namespace brimwatch {
 namespace {
 
 using Status = RecentUsageResult::Status;
-using Samples = RecentUsageSampleReferences;
+using Samples = std::span<const RecentUsageSample>;
 // The percentage points, or why there are none.
 using Figure = tl::expected<double, Status>;
 
@@ -47,11 +49,37 @@ std::optional<Status> obstacleInRecord(const SubscriptionLimits& limits, const U
     return std::nullopt;
 }
 
-// Behind the newest sample that is not later than the instant.
-Samples::const_iterator endOf(const Samples& samples, Instant instant) {
-    return std::upper_bound(
+bool isInOrder(const RecentUsageSamples& samples) {
+    return std::adjacent_find(samples.begin(), samples.end(), [](const auto& a, const auto& b) {
+               return !(a.updatedAt < b.updatedAt);
+           }) == samples.end();
+}
+
+// The samples in the order of time, without repetitions, the newest 300. Recorded ones stand so
+// already; others are put in order in `copy`. The former may still hold invalid ones.
+Samples orderedSamples(const RecentUsageSamples& samples, Instant now, RecentUsageSamples& copy) {
+    if (samples.size() <= recentUsageCapacity && isInOrder(samples)) return samples;
+    copy = RecentUsageHistory::normalized(samples, now, RecentUsageHistory::Capacity::newest300);
+    return copy;
+}
+
+// Those not later than the instant.
+Samples samplesUntil(Samples samples, Instant instant) {
+    const auto end = std::upper_bound(
         samples.begin(), samples.end(), instant,
-        [](Instant wanted, const RecentUsageSample* sample) { return wanted < sample->updatedAt; });
+        [](Instant wanted, const RecentUsageSample& sample) { return wanted < sample.updatedAt; });
+    return samples.first(static_cast<std::size_t>(end - samples.begin()));
+}
+
+// The samples from the baseline on: the newest one that is not later than the target. Nothing if
+// that lies too far before it.
+Samples samplesFromBaseline(Samples samples, Instant target) {
+    for (Samples earlier = samplesUntil(samples, target); !earlier.empty();
+         earlier = earlier.first(earlier.size() - 1)) {
+        if (target - earlier.back().updatedAt > baselineTolerance) break;
+        if (isValid(earlier.back())) return samples.subspan(earlier.size() - 1);
+    }
+    return {};
 }
 
 std::optional<Status> obstacleInSample(const RecentUsageSample& baseline,
@@ -66,22 +94,24 @@ std::optional<Status> obstacleInSample(const RecentUsageSample& baseline,
     return std::nullopt;
 }
 
-Figure figureSince(Samples::const_iterator baseline, Samples::const_iterator end,
-                   const SubscriptionLimits& limits, const Basis& basis) {
-    const RecentUsageSample& first = **baseline;
-    if (!(first.*basis.window)) return tl::unexpected(Status::unavailable);
-    auto previous = baseline;
-    for (auto sample = baseline + 1; sample != end; previous = sample++) {
-        const auto obstacle = obstacleInSample(first, **previous, **sample, basis);
+// The rise from the first of the samples, which is the baseline, to the record.
+Figure riseOver(Samples samples, const SubscriptionLimits& limits, const Basis& basis) {
+    const RecentUsageSample& baseline = samples.front();
+    if (!(baseline.*basis.window)) return tl::unexpected(Status::unavailable);
+    const RecentUsageSample* previous = &baseline;
+    for (const RecentUsageSample& sample : samples.subspan(1)) {
+        if (!isValid(sample)) continue;
+        const auto obstacle = obstacleInSample(baseline, *previous, sample, basis);
         if (obstacle) return tl::unexpected(*obstacle);
+        previous = &sample;
     }
-    const UsageWindow& firstWindow = *(first.*basis.window);
+    const UsageWindow& first = *(baseline.*basis.window);
     const std::optional<UsageWindow>& current = limits.*basis.current;
-    if (isOver(firstWindow, limits.updatedAt) || limits.planTier != first.planTier ||
-        wasReset((*previous)->*basis.window, current)) {
+    if (isOver(first, limits.updatedAt) || limits.planTier != baseline.planTier ||
+        wasReset(previous->*basis.window, current)) {
         return tl::unexpected(Status::reset);
     }
-    return current->usedPercentage - firstWindow.usedPercentage;
+    return current->usedPercentage - first.usedPercentage;
 }
 
 Figure figureOf(const SubscriptionLimits& limits, const Basis& basis, RecentUsagePeriod period,
@@ -90,16 +120,12 @@ Figure figureOf(const SubscriptionLimits& limits, const Basis& basis, RecentUsag
     const auto obstacle = obstacleInRecord(limits, *(limits.*basis.current), now);
     if (obstacle) return tl::unexpected(*obstacle);
     if (!limits.recentUsageHistory) return tl::unexpected(Status::collecting);
+    RecentUsageSamples copy;
     const Samples samples =
-        normalizedReferences(*limits.recentUsageHistory, now, SampleCapacity::newest300);
-    const Instant target = now - duration(period);
-    const auto behindBaseline = endOf(samples, target);
-    if (behindBaseline == samples.begin()) return tl::unexpected(Status::collecting);
-    const auto baseline = behindBaseline - 1;
-    if (target - (*baseline)->updatedAt > baselineTolerance) {
-        return tl::unexpected(Status::collecting);
-    }
-    return figureSince(baseline, endOf(samples, limits.updatedAt), limits, basis);
+        samplesUntil(orderedSamples(*limits.recentUsageHistory, now, copy), limits.updatedAt);
+    const Samples stretch = samplesFromBaseline(samples, now - duration(period));
+    if (stretch.empty()) return tl::unexpected(Status::collecting);
+    return riseOver(stretch, limits, basis);
 }
 
 }  // namespace

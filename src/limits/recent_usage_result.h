@@ -32,7 +32,8 @@ struct RecentUsageResult {
     // Of the record, where that has a window at all.
     std::optional<Instant> updatedAt;
 
-    // One pass over the samples, one allocation, no file: fit for drawing.
+    // Fit for drawing: two passes over the samples at most, and no allocation for samples as they
+    // are recorded. Others are put in order in a copy.
     static RecentUsageResult derive(const SubscriptionLimits& limits, RecentUsagePeriod period,
                                     Instant now);
 

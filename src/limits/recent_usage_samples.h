@@ -1,8 +1,10 @@
 // What makes a sample of recent usage good, and what counts as a reset between two of them: the
-// ground that recording and deriving stand on.
+// ground that recording and deriving stand on. In the header, because a card asks for each sample
+// on each draw.
 #pragma once
 
 #include <chrono>
+#include <cmath>
 #include <optional>
 #include <vector>
 
@@ -12,37 +14,33 @@
 namespace brimwatch {
 
 using RecentUsageSamples = std::vector<RecentUsageSample>;
-// Samples that belong to somebody else, none of them null.
-using RecentUsageSampleReferences = std::vector<const RecentUsageSample*>;
 
 inline constexpr std::chrono::hours recentUsageRetention{24};
 // A time up to this far ahead of the clock still counts.
 inline constexpr std::chrono::seconds recentUsageFutureAllowance{60};
+inline constexpr RecentUsageSamples::size_type recentUsageCapacity = 300;
 
-enum class SampleCapacity { newest300, unlimited };
+inline bool isAbsentOrValid(const std::optional<UsageWindow>& window) {
+    return !window || isValid(*window);
+}
 
-bool isValid(const RecentUsageSample& sample);
+inline bool isValid(const RecentUsageSample& sample) {
+    return std::isfinite(unixSeconds(sample.updatedAt)) && (sample.fiveHour || sample.sevenDay) &&
+           isAbsentOrValid(sample.fiveHour) && isAbsentOrValid(sample.sevenDay);
+}
 
-// Whether the sample may be kept at the time `now`: valid, and neither too old nor of the future.
-bool isKept(const RecentUsageSample& sample, Instant now);
+// Both absent, or at most an hour apart.
+inline bool isSameCycle(const std::optional<Instant>& a, const std::optional<Instant>& b) {
+    if (!a || !b) return a.has_value() == b.has_value();
+    return std::chrono::abs(*a - *b) <= std::chrono::hours(1);
+}
 
 // Whether a window started anew, came or went between two observations of it.
-bool wasReset(const std::optional<UsageWindow>& previous,
-              const std::optional<UsageWindow>& current);
-
-// The samples that may be kept, in the order of time, the first one of each instant. Costs one
-// allocation, and one pass where they stand in that order already.
-RecentUsageSampleReferences normalizedReferences(const RecentUsageSamples& samples, Instant now,
-                                                 SampleCapacity capacity);
-
-RecentUsageSamples copied(const RecentUsageSampleReferences& samples);
-
-// Removes all but the newest 300.
-template <class Samples>
-void keepNewest(Samples& samples) {
-    constexpr typename Samples::size_type capacity = 300;
-    if (samples.size() <= capacity) return;
-    samples.erase(samples.begin(), samples.end() - capacity);
+inline bool wasReset(const std::optional<UsageWindow>& previous,
+                     const std::optional<UsageWindow>& current) {
+    if (!previous || !current) return previous.has_value() != current.has_value();
+    return current->usedPercentage < previous->usedPercentage ||
+           !isSameCycle(previous->resetsAt, current->resetsAt);
 }
 
 }  // namespace brimwatch

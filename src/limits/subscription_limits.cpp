@@ -1,6 +1,5 @@
 #include "limits/subscription_limits.h"
 
-#include <cmath>
 #include <tuple>
 
 #include "limits/limits_file.h"
@@ -58,11 +57,6 @@ std::optional<UsageWindow> shownWindow(const LimitsFile::Windows& windows, std::
 }
 
 }  // namespace
-
-bool isValid(const UsageWindow& window) {
-    return window.usedPercentage >= 0 && window.usedPercentage <= 100 &&
-           (!window.resetsAt || std::isfinite(unixSeconds(*window.resetsAt)));
-}
 
 std::optional<SubscriptionLimits> SubscriptionLimits::fromFileData(std::string_view fileData) {
     const std::optional<JsonObject> object = parseJsonMembers(

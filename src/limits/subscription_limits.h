@@ -1,6 +1,7 @@
 // One account's figures as the rest of the program sees them.
 #pragma once
 
+#include <cmath>
 #include <functional>
 #include <optional>
 #include <set>
@@ -22,7 +23,10 @@ struct UsageWindow {
 };
 
 // Whether a window can be shown: a percentage from 0 to 100, and a reset time that is finite.
-bool isValid(const UsageWindow& window);
+inline bool isValid(const UsageWindow& window) {
+    return window.usedPercentage >= 0 && window.usedPercentage <= 100 &&
+           (!window.resetsAt || std::isfinite(unixSeconds(*window.resetsAt)));
+}
 
 // One observation of an account, kept for the usage of the last hours.
 struct RecentUsageSample {

@@ -79,6 +79,7 @@ FileResult<FileStatus> ScriptedFileSystem::status(const std::string& path) {
 
 FileResult<std::vector<std::string>> ScriptedFileSystem::entries(const std::string& folder) {
     if (const auto error = takeStep("entries", folder)) return tl::unexpected(error);
+    if (entries_) return *entries_;
     return inner_.entries(folder);
 }
 

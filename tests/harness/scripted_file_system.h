@@ -30,6 +30,8 @@ class ScriptedFileSystem final : public FileSystem {
     // carried out for its first half.
     void stopAtStep(std::size_t step) { stopAt_ = step; }
     static constexpr int stoppedStatus = 99;
+    // What `entries` gives of every folder from now on.
+    void answerEntries(std::vector<std::string> names) { entries_ = std::move(names); }
 
     // What another program might do between two steps: it is told the number and the name of the
     // step that comes next.
@@ -65,6 +67,7 @@ class ScriptedFileSystem final : public FileSystem {
     std::string unreadablePath_;
     std::error_code unreadableError_;
     Interruption interruption_;
+    std::optional<std::vector<std::string>> entries_;
 };
 
 // Runs the action in a process of its own, and tells whether `stopAtStep` ended it.
