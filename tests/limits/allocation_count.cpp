@@ -17,9 +17,14 @@ std::size_t allocationCount() {
 
 }  // namespace brimwatch::test
 
-void* operator new(std::size_t size) {
+// The sanitizers want every form that is used to be of one kind; the others lead to these.
+void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
     ++brimwatch::test::count;
-    if (void* memory = std::malloc(size == 0 ? 1 : size)) return memory;
+    return std::malloc(size == 0 ? 1 : size);
+}
+
+void* operator new(std::size_t size) {
+    if (void* memory = operator new(size, std::nothrow)) return memory;
     throw std::bad_alloc();
 }
 
@@ -28,5 +33,9 @@ void operator delete(void* memory) noexcept {
 }
 
 void operator delete(void* memory, std::size_t /*size*/) noexcept {
+    std::free(memory);
+}
+
+void operator delete(void* memory, const std::nothrow_t& /*tag*/) noexcept {
     std::free(memory);
 }
