@@ -1,8 +1,10 @@
 #include <algorithm>
 #include <iterator>
+#include <utility>
 
 #include "claude/claude_code_setup.h"
 #include "support/json_fields.h"
+#include "support/path_text.h"
 
 namespace brimwatch {
 
@@ -35,19 +37,23 @@ std::vector<Account> AutoConnect::candidates(const std::vector<Account>& account
     return result;
 }
 
-JsonValue AutoConnect::encode() const {
-    return JsonObject(
-        {{"enabled", enabled}, {"declined", JsonArray(declined.begin(), declined.end())}});
+JsonObject AutoConnect::toJson() const {
+    JsonArray paths;
+    for (const std::string& path : declined)
+        paths.emplace_back(textFromPath(path));
+    return JsonObject({{"enabled", enabled}, {"declined", std::move(paths)}});
 }
 
-std::optional<AutoConnect> AutoConnect::decode(const JsonValue& json) {
-    if (json.object() == nullptr) return std::nullopt;
-    JsonFields fields(*json.object());
+std::optional<AutoConnect> AutoConnect::fromJson(const JsonValue& value) {
+    if (value.object() == nullptr) return std::nullopt;
+    JsonFields fields(*value.object());
     AutoConnect result;
     result.enabled = fields.boolean("enabled");
-    for (const JsonValue& path : fields.array("declined")) {
-        if (path.string() == nullptr) return std::nullopt;
-        result.declined.insert(*path.string());
+    for (const JsonValue& text : fields.array("declined")) {
+        std::optional<std::string> path =
+            text.string() != nullptr ? pathFromText(*text.string()) : std::nullopt;
+        if (!path) return std::nullopt;
+        result.declined.insert(*std::move(path));
     }
     if (!fields.allRead()) return std::nullopt;
     return result;

@@ -50,12 +50,11 @@ State stateOf(FileSystem& files, const std::string& folder, const CommandEnviron
 std::vector<std::string> standardFolders(FileSystem& files, const std::string& home) {
     std::vector<std::string> folders;
     for (const std::string& name : files.entries(home).value_or(std::vector<std::string>())) {
-        if (isStandardName(name)) folders.push_back(joinPath(home, name));
+        if (isStandardName(name) && isValidUtf8(name)) folders.push_back(joinPath(home, name));
     }
     std::sort(folders.begin(), folders.end());
-    std::erase_if(folders, [&files](const std::string& folder) {
-        return !isNameable(folder) || !isFolder(files, folder);
-    });
+    std::erase_if(folders,
+                  [&files](const std::string& folder) { return !isFolder(files, folder); });
     return folders;
 }
 
@@ -68,6 +67,22 @@ std::vector<Account> discoveredAccounts(FileSystem& files, const std::string& ho
         accounts.push_back({.directory = std::move(folder), .state = state, .isManual = false});
     }
     return accounts;
+}
+
+// Of accounts whose folders are one through links, the one that is no link stays, or else the
+// first. Gives the folders that are left, without links.
+std::set<std::string> keepEachFolderOnce(FileSystem& files, std::vector<Account>& accounts) {
+    const auto isLink = [&files](const Account& account) {
+        return files.linkTarget(account.directory).has_value();
+    };
+    std::set<std::string> seen;
+    for (const Account& account : accounts) {
+        if (!isLink(account)) seen.insert(resolvedPath(files, account.directory));
+    }
+    std::erase_if(accounts, [&](const Account& account) {
+        return isLink(account) && !seen.insert(resolvedPath(files, account.directory)).second;
+    });
+    return seen;
 }
 
 Account manualAccount(FileSystem& files, const std::string& folder, const std::string& home,
@@ -83,13 +98,11 @@ Account manualAccount(FileSystem& files, const std::string& folder, const std::s
 
 std::vector<Account> ClaudeCodeSetup::accounts(FileSystem& files,
                                                const std::vector<std::string>& manualFolders,
-                                               const std::string& home,
+                                               const std::string& givenHome,
                                                const CommandEnvironment& environment) {
+    const std::string home = standardizedPath(givenHome);
     std::vector<Account> accounts = discoveredAccounts(files, home, environment);
-    std::set<std::string> seen;
-    for (const Account& account : accounts) {
-        seen.insert(resolvedPath(files, account.directory));
-    }
+    std::set<std::string> seen = keepEachFolderOnce(files, accounts);
     const std::string resolvedHome = resolvedPath(files, home);
     for (const std::string& manual : manualFolders) {
         if (!isNameable(manual)) continue;

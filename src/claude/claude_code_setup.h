@@ -2,8 +2,9 @@
 // each is called, and the program's registration as their status line.
 //
 // Nothing is kept between calls: every answer comes from the disk as it is now. Discovery never
-// fails and never writes; what it can't read counts as not there. Paths are absolute. A folder
-// whose path is not UTF-8 is never an account, since no JSON file could name it. Main thread.
+// fails and never writes; what it can't read counts as not there. Paths are absolute. A folder in
+// the home whose name is not UTF-8, and one to be added whose path is not, is never an account: no
+// command in JSON could name it. Main thread.
 #pragma once
 
 #include <chrono>
@@ -49,9 +50,9 @@ struct ClaudeCodeSetup {
         std::vector<Account> candidates(const std::vector<Account>& accounts,
                                         const std::set<std::string>& skipped) const;
 
-        JsonValue encode() const;
-        // Nothing if one of the two members is missing or of another type.
-        static std::optional<AutoConnect> decode(const JsonValue& json);
+        // Nothing unless both keys are there with their types; unknown keys are ignored.
+        static std::optional<AutoConnect> fromJson(const JsonValue& value);
+        JsonObject toJson() const;
 
         bool operator==(const AutoConnect&) const = default;
     };
@@ -62,10 +63,11 @@ struct ClaudeCodeSetup {
     // Lets that time pass.
     using Pause = std::function<void(std::chrono::milliseconds)>;
 
-    // The discovered accounts by name, then those of the manual folders in the order given.
+    // The discovered accounts by name, then those of the manual folders in the order given; each
+    // folder once, however many links lead to it.
     static std::vector<Account> accounts(FileSystem& files,
                                          const std::vector<std::string>& manualFolders,
-                                         const std::string& home,
+                                         const std::string& givenHome,
                                          const CommandEnvironment& environment);
 
     // The account key, stable for as long as the folder has its path.

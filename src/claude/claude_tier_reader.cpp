@@ -12,16 +12,16 @@ constexpr std::size_t configSizeLimit = 256U << 20U;
 
 }  // namespace
 
-ClaudeTierReader::Read ClaudeTierReader::readingWholeFiles(FileSystem& files) {
-    return [&files](const std::string& path) -> std::optional<std::string> {
-        FileResult<std::string> bytes = files.read(path, configSizeLimit);
-        if (!bytes) return std::nullopt;
-        return *std::move(bytes);
-    };
-}
+ClaudeTierReader::ClaudeTierReader(FileSystem& files)
+    : read([&files](const std::string& path) -> std::optional<std::string> {
+          FileResult<std::string> bytes = files.read(path, configSizeLimit);
+          if (!bytes) return std::nullopt;
+          return *std::move(bytes);
+      }),
+      files_(files) {}
 
-std::optional<std::string> ClaudeTierReader::tier(FileSystem& files, const std::string& path) {
-    const FileResult<FileStatus> status = files.status(path);
+std::optional<std::string> ClaudeTierReader::tier(const std::string& path) {
+    const FileResult<FileStatus> status = files_.status(path);
     if (!status) {
         entries.erase(path);
         return std::nullopt;

@@ -24,16 +24,20 @@ struct ClaudeTierReader {
     };
     using Read = std::function<std::optional<std::string>(const std::string& path)>;
 
-    // The whole of a file, or nothing on any error. `files` must outlive it.
-    static Read readingWholeFiles(FileSystem& files);
+    // `files` must outlive it.
+    explicit ClaudeTierReader(FileSystem& files);
 
     // The tier in the `.claude.json` at that path, from `entries` while the file's date stays.
-    std::optional<std::string> tier(FileSystem& files, const std::string& path);
+    std::optional<std::string> tier(const std::string& path);
 
     static std::optional<std::string> parseTier(std::string_view bytes);
 
+    // How a file is read: as a whole, or nothing on any error.
     Read read;
-    std::map<std::string, Entry> entries = {};  // by path
+    std::map<std::string, Entry> entries;  // by path
+
+  private:
+    FileSystem& files_;
 };
 
 }  // namespace brimwatch

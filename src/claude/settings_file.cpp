@@ -14,6 +14,7 @@ constexpr std::chrono::milliseconds secondLookAfter{100};
 constexpr int linkLimit = 40;  // as many as the kernel follows
 constexpr int damagedCopyLimit = 1000;
 constexpr std::uint32_t newFilePermissions = 0644;
+constexpr std::uint32_t ownerReadsAndWrites = 0600;
 
 auto failure(std::errc error) {
     return tl::unexpected(std::make_error_code(error));
@@ -44,6 +45,7 @@ FileResult<SettingsFile> readOnce(FileSystem& files, const std::string& folder) 
     settings.target = *std::move(target);
     FileResult<std::string> bytes = files.read(settings.target, settingsSizeLimit);
     if (!bytes && isMissing(bytes.error())) return settings;
+    if (!bytes && bytes.error() == std::errc::file_too_large) return tl::unexpected(bytes.error());
     // After the bytes: as the last look before a renaming it tells of any later change, too.
     const FileResult<FileStatus> status = files.status(settings.target);
     if (!status) return tl::unexpected(status.error());
@@ -64,17 +66,18 @@ std::string damagedCopyPath(const std::string& folder, int number) {
 }
 
 bool holds(FileSystem& files, const std::string& path, const SettingsFile& settings) {
-    return settings.bytes && files.read(path, settingsSizeLimit) == *settings.bytes;
+    return settings.bytes && files.read(path, settings.bytes->size()) == *settings.bytes;
 }
 
 ReplacementOptions likeFormer(const SettingsFile& former) {
     ReplacementOptions options{.durability = Durability::synchronized,
                                .permissions = newFilePermissions,
                                .owner = std::nullopt};
-    if (former.bytes) {
-        options.permissions = former.status.permissions;
-        options.owner = FileOwner{.owner = former.status.owner, .group = former.status.group};
-    }
+    if (!former.bytes && !former.isUnreadable) return options;
+    options.permissions = former.status.permissions;
+    // What nobody could read for its mode would not be read any better after us.
+    if (former.isUnreadable) options.permissions |= ownerReadsAndWrites;
+    options.owner = FileOwner{.owner = former.status.owner, .group = former.status.group};
     return options;
 }
 

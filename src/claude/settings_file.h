@@ -19,8 +19,8 @@
 
 namespace brimwatch {
 
-// Far above any real one. A larger one counts as unreadable.
-inline constexpr std::size_t settingsSizeLimit = 16U << 20U;
+// Far above any real one. A larger one is a failure: what is not looked at is not replaced.
+inline constexpr std::size_t settingsSizeLimit = 256U << 20U;
 
 // The file as it stood at one moment.
 struct SettingsFile {

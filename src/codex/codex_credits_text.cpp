@@ -1,7 +1,7 @@
-#include <unicode/locid.h>
 #include <unicode/numberformatter.h>
 
 #include "codex/codex_credits.h"
+#include "limits/number_locale.h"
 
 namespace brimwatch {
 namespace {
@@ -12,7 +12,7 @@ std::string numberText(const Decimal& number, const std::string& locale) {
     UErrorCode error = U_ZERO_ERROR;
     // ICU takes the digits as they are: no double lies between them and the text.
     const icu::number::FormattedNumber formatted =
-        icu::number::NumberFormatter::withLocale(icu::Locale::createCanonical(locale.c_str()))
+        icu::number::NumberFormatter::withLocale(numberLocale(locale))
             .precision(icu::number::Precision::minMaxFraction(0, fractionDigits))
             .formatDecimal(number.digits(), error);
     std::string text;

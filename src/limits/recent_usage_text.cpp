@@ -1,10 +1,11 @@
 #include "limits/recent_usage_text.h"
 
-#include <unicode/locid.h>
 #include <unicode/numberformatter.h>
 #include <unicode/unistr.h>
 
 #include <optional>
+
+#include "limits/number_locale.h"
 
 namespace brimwatch {
 namespace {
@@ -12,7 +13,7 @@ namespace {
 std::optional<std::string> withOneDecimal(double figure, const std::string& locale) {
     UErrorCode error = U_ZERO_ERROR;
     const icu::UnicodeString text =
-        icu::number::NumberFormatter::withLocale(icu::Locale::createCanonical(locale.c_str()))
+        icu::number::NumberFormatter::withLocale(numberLocale(locale))
             .precision(icu::number::Precision::fixedFraction(1))
             .sign(UNUM_SIGN_NEGATIVE)  // a figure that rounds to zero has none
             .formatDouble(figure, error)

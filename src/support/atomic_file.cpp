@@ -5,13 +5,27 @@
 namespace brimwatch {
 namespace {
 
+// Only root may give a file to another user; everyone may give it to a group of theirs. Tells
+// whether the group has it.
+bool giveAway(TemporaryFile& file, const FileOwner& owner) {
+    return file.setOwner(owner.owner, owner.group) ||
+           file.setOwner(TemporaryFile::sameOwner, owner.group);
+}
+
+// The rights of the file's group were meant for another group than the one that has it now.
+constexpr std::uint32_t withGroupAsOthers(std::uint32_t permissions) {
+    constexpr std::uint32_t others = 07;
+    return (permissions & ~(others << 3U)) | ((permissions & others) << 3U);
+}
+
 FileResult<void> fill(TemporaryFile& file, std::string_view bytes,
                       const ReplacementOptions& options) {
     FileResult<void> result = file.write(bytes);
+    // The mode comes second: giving a file away may clear bits of it.
     if (result && options.owner) {
-        // Only root may give a file away. The mode comes second: giving away may clear bits of it.
-        static_cast<void>(file.setOwner(options.owner->owner, options.owner->group));
-        result = file.setPermissions(options.permissions);
+        const bool isOfGroup = giveAway(file, *options.owner);
+        result = file.setPermissions(isOfGroup ? options.permissions
+                                               : withGroupAsOthers(options.permissions));
     }
     if (result && options.durability == Durability::synchronized) result = file.synchronize();
     return result;

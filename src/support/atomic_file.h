@@ -26,7 +26,8 @@ struct ReplacementOptions {
     Durability durability = Durability::renamed;
     std::uint32_t permissions = 0644;
     // Who the file shall belong to and have exactly `permissions`, as far as the system lets us
-    // give it away. Without one it is ours, with `permissions` less the umask.
+    // give it away; a group that can't have it loses its part of them. Without an owner it is ours,
+    // with `permissions` less the umask.
     std::optional<FileOwner> owner;
 };
 

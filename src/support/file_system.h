@@ -49,6 +49,8 @@ class TemporaryFile {
 
     // All of the bytes, or a failure.
     virtual FileResult<void> write(std::string_view bytes) = 0;
+    // `sameOwner` leaves the user as it is.
+    static constexpr std::uint32_t sameOwner = ~std::uint32_t{0};
     virtual FileResult<void> setOwner(std::uint32_t owner, std::uint32_t group) = 0;
     virtual FileResult<void> setPermissions(std::uint32_t permissions) = 0;
     // Waits until the bytes have reached the disk.
@@ -101,7 +103,7 @@ class FileSystem {
                                                                      std::uint32_t permissions) = 0;
     // Removes what writers that died left of `makeTemporary`; the files of living ones stay.
     virtual void removeAbandonedTemporaries(const std::string& folder) = 0;
-    // Waits until the names in the folder have reached the disk.
+    // Waits until the names in the folder have reached the disk, where the disk knows of that.
     virtual FileResult<void> synchronizeFolder(const std::string& folder) = 0;
 };
 

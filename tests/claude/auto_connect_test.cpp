@@ -18,7 +18,7 @@ const Account old = {"/h/.claude-c", State::oldHelper, false};
 const Account manual = {"/x/.claude", State::notRegistered, true};
 
 std::optional<AutoConnect> decoded(std::string_view text) {
-    return AutoConnect::decode(parseJson(text).value());
+    return AutoConnect::fromJson(parseJson(text).value());
 }
 
 TEST(AutoConnect, IsOffWhereNothingIsConnected) {
@@ -51,10 +51,10 @@ TEST(AutoConnect, PassesOverDeclinedAndSkippedFolders) {
 
 TEST(AutoConnect, IsStoredUnderItsTwoKeys) {
     const AutoConnect value{.enabled = true, .declined = {"/h/.claude", "/h/.claude-한글"}};
-    EXPECT_EQ(writeJson(value.encode(), JsonLayout::compact),
+    EXPECT_EQ(writeJson(value.toJson(), JsonLayout::compact),
               R"({"declined":["/h/.claude","/h/.claude-한글"],"enabled":true})");
-    EXPECT_EQ(AutoConnect::decode(value.encode()), value);
-    EXPECT_EQ(AutoConnect::decode(AutoConnect{}.encode()), AutoConnect{});
+    EXPECT_EQ(AutoConnect::fromJson(value.toJson()), value);
+    EXPECT_EQ(AutoConnect::fromJson(AutoConnect{}.toJson()), AutoConnect{});
 }
 
 TEST(AutoConnect, TakesDeclinedFoldersInAnyOrderAndOnce) {

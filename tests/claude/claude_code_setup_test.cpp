@@ -24,9 +24,15 @@ class ClaudeCodeSetupTest : public test::ClaudeFolders {
     }
 
     std::vector<std::string> directories(const std::vector<std::string>& manual = {}) {
+        return directoriesIn(home_, manual);
+    }
+    std::vector<std::string> directoriesIn(const std::string& home,
+                                           const std::vector<std::string>& manual = {}) {
         std::vector<std::string> result;
-        for (const Account& account : accounts(manual))
+        for (const Account& account :
+             ClaudeCodeSetup::accounts(files_, manual, home, environment())) {
             result.push_back(account.directory);
+        }
         return result;
     }
 
@@ -228,26 +234,72 @@ TEST_F(ClaudeCodeSetupTest, AManualFolderStaysWhateverItsState) {
 TEST_F(ClaudeCodeSetupTest, AnyFileProblemCountsAsIfTheThingWereNotThere) {
     makeUsed(home_ + "/.claude");
     test::writeFile(settingsIn(work_), ourSettings);
-    std::filesystem::create_directories(folder_.file("m"));
-    const std::vector<Account> all = accounts({folder_.file("m")});
+    const std::string manual = std::filesystem::canonical(folder_.path()).string() + "/m";
+    std::filesystem::create_directories(manual);
+    const std::vector<Account> all = accounts({manual});
     ASSERT_EQ(all.size(), 3U);
     test::ScriptedFileSystem counting(files_);
-    ClaudeCodeSetup::accounts(counting, {folder_.file("m")}, home_, environment());
+    ClaudeCodeSetup::accounts(counting, {manual}, home_, environment());
     for (std::size_t step = 0; step < counting.steps().size(); ++step) {
+        const std::string& failed = counting.steps()[step];
         test::ScriptedFileSystem failing(files_);
         failing.failAtStep(step, std::errc::permission_denied);
-        const auto found =
-            ClaudeCodeSetup::accounts(failing, {folder_.file("m")}, home_, environment());
-        EXPECT_LE(found.size(), all.size()) << counting.steps()[step];
-        for (const Account& account : found) {
-            EXPECT_NE(std::find_if(all.begin(), all.end(),
-                                   [&](const Account& known) {
-                                       return known.directory == account.directory;
-                                   }),
-                      all.end())
-                << counting.steps()[step];
+        std::set<std::string> found;
+        for (const Account& account :
+             ClaudeCodeSetup::accounts(failing, {manual}, home_, environment())) {
+            found.insert(account.directory);
         }
+        // A failed look costs the accounts that it is about, and no other.
+        const bool isListing = failed == "entries " + home_;
+        for (const Account& account : all) {
+            const bool isAbout = failed.find(account.directory) != std::string::npos ||
+                                 (isListing && !account.isManual);
+            EXPECT_TRUE(found.contains(account.directory) || isAbout) << failed;
+        }
+        EXPECT_TRUE(!isListing || found == std::set<std::string>{manual});
     }
+}
+
+TEST_F(ClaudeCodeSetupTest, TwoLinksToOneFolderInTheHomeAreOneAccount) {
+    test::writeFile(settingsIn(work_), ourSettings);
+    link(".claude-work", home_ + "/.claude-link");
+    EXPECT_THAT(directories(), ElementsAre(work_));
+    link("../elsewhere", home_ + "/.claude-a");
+    link("../elsewhere", home_ + "/.claude-b");
+    test::writeFile(settingsIn(folder_.file("elsewhere")), ourSettings);
+    EXPECT_THAT(directories(), ElementsAre(home_ + "/.claude-a", work_));
+}
+
+TEST_F(ClaudeCodeSetupTest, TheDefaultFolderThatDiscoveryDroppedComesBackAsAStandardOne) {
+    const std::string folder = home_ + "/.claude";
+    std::filesystem::create_directories(folder);
+    EXPECT_TRUE(accounts().empty());
+    EXPECT_EQ(accounts({folder}),
+              (std::vector<Account>{{folder, State::notRegistered, /*isManual=*/false}}));
+}
+
+TEST_F(ClaudeCodeSetupTest, TheSpellingOfTheHomeDoesNotMatter) {
+    test::writeFile(settingsIn(work_), ourSettings);
+    for (const std::string& spelling :
+         {home_ + "/", home_ + "//", home_ + "/./", home_ + "/x/.."}) {
+        EXPECT_THAT(directoriesIn(spelling), ElementsAre(work_));
+    }
+}
+
+TEST_F(ClaudeCodeSetupTest, AHomeThatIsNotUtf8HasAccountsAllTheSame) {
+    const std::string home = folder_.file("h\xFF");
+    test::writeFile(settingsIn(home + "/.claude-work"), ourSettings);
+    EXPECT_THAT(directoriesIn(home), ElementsAre(home + "/.claude-work"));
+}
+
+TEST_F(ClaudeCodeSetupTest, ALinkToTheDefaultFolderMayBeAddedByTheFileBesideThat) {
+    std::filesystem::create_directories(home_ + "/.claude");
+    test::writeFile(home_ + "/.claude.json", "{}");
+    link(home_ + "/.claude", folder_.file("picked"));
+    EXPECT_TRUE(ClaudeCodeSetup::isClaudeFolder(files_, folder_.file("picked"), home_));
+    link(home_, folder_.file("linked-home"));
+    EXPECT_TRUE(
+        ClaudeCodeSetup::isClaudeFolder(files_, home_ + "/.claude", folder_.file("linked-home")));
 }
 
 TEST_F(ClaudeCodeSetupTest, DiscoveryWritesNothing) {
@@ -257,7 +309,7 @@ TEST_F(ClaudeCodeSetupTest, DiscoveryWritesNothing) {
     ClaudeCodeSetup::accounts(recording, {work_}, home_, environment());
     for (const std::string& step : recording.steps()) {
         const std::string name = step.substr(0, step.find(' '));
-        EXPECT_THAT(name, ::testing::AnyOf("entries", "status", "read", "realPath"));
+        EXPECT_THAT(name, ::testing::AnyOf("entries", "status", "read", "realPath", "linkTarget"));
     }
 }
 

@@ -17,7 +17,14 @@ constexpr std::string_view maximum =
 
 class ClaudeTierReaderTest : public ::testing::Test {
   protected:
-    std::optional<std::string> tier() { return reader_.tier(files_, path_); }
+    void SetUp() override {
+        reader_.read = [this, readFile = reader_.read](const std::string& path) {
+            ++reads_;
+            return readFile(path);
+        };
+    }
+
+    std::optional<std::string> tier() { return reader_.tier(path_); }
 
     std::filesystem::file_time_type date() const { return std::filesystem::last_write_time(path_); }
     void setDate(std::filesystem::file_time_type date) {
@@ -28,11 +35,7 @@ class ClaudeTierReaderTest : public ::testing::Test {
     std::string path_ = folder_.file(".claude.json");
     PosixFileSystem files_;
     int reads_ = 0;
-    ClaudeTierReader::Read readFile_ = ClaudeTierReader::readingWholeFiles(files_);
-    ClaudeTierReader reader_ = {.read = [this](const std::string& path) {
-        ++reads_;
-        return readFile_(path);
-    }};
+    ClaudeTierReader reader_{files_};
 };
 
 TEST(ClaudeTier, IsTheOrganisationsInTheFileThatClaudeCodeWrites) {
@@ -105,10 +108,12 @@ TEST_F(ClaudeTierReaderTest, AnUnchangedFileWithoutATierIsReadOnce) {
 
 TEST_F(ClaudeTierReaderTest, AnUnchangedFileCostsOneLookAtItsAttributes) {
     test::writeFile(path_, maximum);
-    tier();
     test::ScriptedFileSystem recording(files_);
-    EXPECT_EQ(reader_.tier(recording, path_), "default_claude_max_20x");
-    EXPECT_EQ(recording.steps(), (std::vector<std::string>{"status " + path_}));
+    ClaudeTierReader reader(recording);
+    EXPECT_EQ(reader.tier(path_), "default_claude_max_20x");
+    EXPECT_EQ(reader.tier(path_), "default_claude_max_20x");
+    EXPECT_EQ(recording.steps(),
+              (std::vector<std::string>{"status " + path_, "read " + path_, "status " + path_}));
 }
 
 TEST_F(ClaudeTierReaderTest, AFileWithANewDateIsReadAgainEvenWithTheSameContents) {
@@ -171,7 +176,7 @@ TEST_F(ClaudeTierReaderTest, FilesAreRememberedApart) {
     test::writeFile(path_, maximum);
     test::writeFile(other, R"({"oauthAccount":{"userRateLimitTier":"other"}})");
     EXPECT_EQ(tier(), "default_claude_max_20x");
-    EXPECT_EQ(reader_.tier(files_, other), "other");
+    EXPECT_EQ(reader_.tier(other), "other");
     EXPECT_EQ(tier(), "default_claude_max_20x");
     EXPECT_EQ(reads_, 2);
 }

@@ -153,5 +153,57 @@ TEST_F(TruncatedSettings, AreKeptWhateverFailsWhileTheyAreReplaced) {
     }
 }
 
+TEST_F(TruncatedSettings, AreKeptWhereverTheProcessDiesWhileTheyAreReplaced) {
+    for (std::size_t length = 0; length <= userSettings.size(); ++length) {
+        const std::string bytes = userSettings.substr(0, length);
+        for (const bool hasBackup : {false, true}) {
+            bool crashed = true;
+            for (std::size_t step = 0; crashed; ++step) {
+                test::MemoryFileSystem files;
+                files.put(memoryPath, bytes);
+                if (hasBackup) files.put("/c/settings.json.brimwatch-backup", "{}");
+                test::ScriptedFileSystem crashing(files);
+                crashing.crashAtStep(step);
+                try {
+                    static_cast<void>(connectInMemory(crashing));
+                    crashed = false;
+                } catch (const test::ScriptedFileSystem::Crash&) {
+                }
+                expectNothingLost(bytes, files);
+            }
+        }
+    }
+}
+
+TEST_F(TruncatedSettings, OfOursAreNeverChangedByDisconnecting) {
+    const std::string whole = connectedText();
+    for (std::size_t length = 0; length < whole.size() - 1; ++length) {
+        test::MemoryFileSystem files;
+        files.put(memoryPath, whole.substr(0, length));
+        EXPECT_TRUE(ClaudeCodeSetup::disconnect(files, "/c", environment(), [](milliseconds) {}));
+        EXPECT_EQ(files.files().at(memoryPath).bytes, whole.substr(0, length)) << length;
+    }
+}
+
+TEST_F(SettingsFileCrash, AProcessThatDiesAtAnyStepOfDisconnectingLeavesTheOldFileOrTheNewOne) {
+    const std::string whole = connectedText();
+    store(whole);
+    ASSERT_TRUE(disconnect(files_));
+    const std::string restored = stored();
+    bool died = true;
+    for (std::size_t step = 0; died; ++step) {
+        startAgain(whole);
+        died = test::isStopped([&] {
+            test::ScriptedFileSystem stopping(files_);
+            stopping.stopAtStep(step);
+            static_cast<void>(disconnect(stopping));
+        });
+        EXPECT_TRUE(stored() == restored || (died && stored() == whole)) << step;
+        ASSERT_TRUE(disconnect(files_));
+        EXPECT_EQ(stored(), restored);
+        EXPECT_FALSE(hasLitter(work_) && !died) << step;
+    }
+}
+
 }  // namespace
 }  // namespace brimwatch

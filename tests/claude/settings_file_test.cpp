@@ -108,6 +108,18 @@ TEST_F(SettingsFileTest, IsWrittenThroughAChainOfLinks) {
               test::programCommand);
 }
 
+TEST_F(SettingsFileTest, ALongChainOfLinksIsFollowedToItsEnd) {
+    std::filesystem::rename(path_, folder_.file("0"));
+    for (int number = 1; number < 20; ++number) {
+        link(std::to_string(number - 1), folder_.file(std::to_string(number)));
+    }
+    link(folder_.file("19"), path_);
+    ASSERT_TRUE(connect(files_));
+    EXPECT_TRUE(std::filesystem::is_symlink(path_));
+    EXPECT_EQ(presentStatusLineCommand(parsed(test::readFile(folder_.file("0")))),
+              test::programCommand);
+}
+
 TEST_F(SettingsFileTest, ALinkToAFileThatIsYetToBeMadeIsKept) {
     std::filesystem::create_directories(folder_.file("d"));
     std::filesystem::remove(path_);
@@ -149,10 +161,62 @@ TEST_F(SettingsFileTest, AFileThatIsNoRegularOneOrTooLargeIsKeptUnderAnotherName
     ASSERT_EQ(::mkfifo(path_.c_str(), 0600), 0);
     ASSERT_TRUE(connect(files_));
     EXPECT_EQ(files_.status(damagedCopy_ + "1")->kind, FileKind::other);
-    store(std::string(settingsSizeLimit + 1, ' '));
+}
+
+TEST_F(SettingsFileTest, OneOfManyMegabytesIsAFileLikeAnyOther) {
+    store(userSettings.substr(0, userSettings.size() - 1) + R"(,"x":")" +
+          std::string(20U << 20U, 'y') + "\"}");
+    const JsonObject before = parsed(stored());
     ASSERT_TRUE(connect(files_));
-    EXPECT_EQ(files_.status(damagedCopy_ + "2")->size,
-              static_cast<std::int64_t>(settingsSizeLimit) + 1);
+    EXPECT_EQ(*parsed(stored()).find("x"), *before.find("x"));
+    EXPECT_EQ(*parsed(stored()).find("env")->member("BRIMWATCH_NEXT_STATUSLINE"),
+              JsonValue(userCommand));
+}
+
+TEST_F(SettingsFileTest, OneThatIsTooLargeToLookAtIsLeftAlone) {
+    std::filesystem::resize_file(path_, settingsSizeLimit + 1);
+    EXPECT_EQ(connect(files_).error(), std::errc::file_too_large);
+    EXPECT_EQ(disconnect(files_).error(), std::errc::file_too_large);
+    EXPECT_EQ(std::filesystem::file_size(path_), settingsSizeLimit + 1);
+    EXPECT_THAT(names(work_), ElementsAre("settings.json"));
+}
+
+TEST_F(SettingsFileTest, AFileThatCantBeReadKeepsItsModeButForItsOwner) {
+    for (const auto& [before, after] : {std::pair{0600U, 0600U}, {0004U, 0604U}, {0640U, 0640U}}) {
+        startAgain();
+        ASSERT_EQ(::chmod(path_.c_str(), before), 0);
+        test::ScriptedFileSystem failing(files_);
+        failing.failEveryRead(path_, std::errc::permission_denied);
+        ASSERT_TRUE(connect(failing));
+        EXPECT_EQ(files_.status(path_)->permissions, after);
+    }
+}
+
+TEST_F(SettingsFileTest, AGroupThatCantHaveTheFileLosesItsRights) {
+    ASSERT_EQ(::chmod(path_.c_str(), 0664), 0);
+    test::ScriptedFileSystem failing(files_);
+    failing.failEveryStepNamed("setOwner", std::errc::operation_not_permitted);
+    ASSERT_TRUE(connect(failing));
+    EXPECT_EQ(files_.status(path_)->permissions, 0644U);
+    EXPECT_EQ(files_.status(backup_)->permissions, 0644U);
+}
+
+TEST_F(SettingsFileTest, AFileOfTheUsersWithANameLikeATemporaryOneIsNotTouched) {
+    for (const char* name : {".brimwatch-notes.tmp", ".brimwatch-1.tmp", ".brimwatch-1-x.tmp"}) {
+        test::writeFile(work_ + "/" + name, "mine");
+        ASSERT_TRUE(connect(files_));
+        EXPECT_TRUE(test::exists(work_ + "/" + name));
+    }
+}
+
+TEST_F(SettingsFileTest, WhatADeadWriterLeftBesideALinkedFileIsRemovedToo) {
+    const std::string dotfiles = folder_.file("dotfiles");
+    std::filesystem::remove(path_);
+    test::writeFile(dotfiles + "/settings.json", userSettings);
+    link(dotfiles + "/settings.json", path_);
+    test::writeFile(dotfiles + "/.brimwatch-1-0.tmp", "left behind");
+    ASSERT_TRUE(connect(files_));
+    EXPECT_THAT(names(dotfiles), ElementsAre("settings.json"));
 }
 
 TEST_F(SettingsFileTest, WhatCanNeitherBeReadNorKeptIsLeftAlone) {

@@ -98,6 +98,18 @@ TEST_F(SettingsFileWriters, AChangeOfTheModeMeanwhileIsKept) {
     }
 }
 
+TEST_F(SettingsFileWriters, AFileThatChangesAgainAndAgainIsWrittenOnceItRests) {
+    int changes = 0;
+    test::ScriptedFileSystem interrupted(files_);
+    interrupted.interruptBeforeEachStep([&](std::size_t, const std::string& name) {
+        if (name == "synchronize" && changes < 8) store(userSettings + std::string(++changes, ' '));
+    });
+    ASSERT_TRUE(connect(interrupted));
+    EXPECT_EQ(changes, 8);
+    EXPECT_EQ(*parsed(stored()).find("env")->member("BRIMWATCH_NEXT_STATUSLINE"),
+              JsonValue(test::userCommand));
+}
+
 TEST_F(SettingsFileWriters, AProgramThatNeverStopsWritingIsNotFoughtForEver) {
     test::MemoryFileSystem memory;
     memory.put("/c/settings.json", "{}");

@@ -52,6 +52,11 @@ void ScriptedFileSystem::failAtStep(std::size_t step, std::errc error) {
     error_ = std::make_error_code(error);
 }
 
+void ScriptedFileSystem::failEveryStepNamed(const std::string& name, std::errc error) {
+    failingName_ = name;
+    failingNameError_ = std::make_error_code(error);
+}
+
 void ScriptedFileSystem::failEveryRead(const std::string& path, std::errc error) {
     unreadablePath_ = path;
     unreadableError_ = std::make_error_code(error);
@@ -59,9 +64,11 @@ void ScriptedFileSystem::failEveryRead(const std::string& path, std::errc error)
 
 std::error_code ScriptedFileSystem::takeStep(const std::string& name, const std::string& path) {
     if (stopsNow()) ::_exit(stoppedStatus);
+    if (crashAt_ == steps_.size()) throw Crash();
     if (interruption_) interruption_(steps_.size(), name);
     const bool fails = failAt_ == steps_.size();
     steps_.push_back(path.empty() ? name : name + ' ' + path);
+    if (name == failingName_) return failingNameError_;
     return fails ? error_ : std::error_code();
 }
 

@@ -24,12 +24,17 @@ class ScriptedFileSystem final : public FileSystem {
 
     // Makes the step with that number, counted from 0, fail without being carried out.
     void failAtStep(std::size_t step, std::errc error);
+    // Makes every step of that name fail.
+    void failEveryStepNamed(const std::string& name, std::errc error);
     // Makes every reading of that file fail.
     void failEveryRead(const std::string& path, std::errc error);
     // Ends the process instead of taking that step, with exit status `stoppedStatus`. A write is
     // carried out for its first half.
     void stopAtStep(std::size_t step) { stopAt_ = step; }
     static constexpr int stoppedStatus = 99;
+    // Throws `Crash` instead of taking that step, for file systems that live in memory.
+    struct Crash {};
+    void crashAtStep(std::size_t step) { crashAt_ = step; }
     // What `entries` gives of every folder from now on.
     void answerEntries(std::vector<std::string> names) { entries_ = std::move(names); }
 
@@ -62,8 +67,11 @@ class ScriptedFileSystem final : public FileSystem {
     FileSystem& inner_;
     std::vector<std::string> steps_;
     std::optional<std::size_t> stopAt_;
+    std::optional<std::size_t> crashAt_;
     std::optional<std::size_t> failAt_;
     std::error_code error_;
+    std::string failingName_;
+    std::error_code failingNameError_;
     std::string unreadablePath_;
     std::error_code unreadableError_;
     Interruption interruption_;

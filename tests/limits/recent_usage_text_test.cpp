@@ -1,6 +1,7 @@
 #include "limits/recent_usage_text.h"
 
 #include <gtest/gtest.h>
+#include <unicode/locid.h>
 
 namespace brimwatch {
 namespace {
@@ -36,8 +37,14 @@ TEST(RecentUsageText, TheFigureIsWrittenAsTheLocaleWritesIt) {
 }
 
 TEST(RecentUsageText, ALocaleThatNobodyKnowsStillGivesAFigure) {
-    for (const char* locale : {"", "C", "POSIX", "xx_XX", "not a locale", "\xFF\xFE"}) {
-        EXPECT_EQ(text(available(12.34), locale), "주간 약 12.3%") << locale;
+    const icu::Locale former;
+    for (const char* ofProcess : {"en_US", "de_DE", "ar_EG"}) {
+        UErrorCode error = U_ZERO_ERROR;
+        icu::Locale::setDefault(icu::Locale(ofProcess), error);
+        for (const char* locale : {"", "C", "POSIX", "xx_XX", "not a locale", "\xFF\xFE"}) {
+            EXPECT_EQ(text(available(12.34), locale), "주간 약 12.3%") << ofProcess << locale;
+        }
+        icu::Locale::setDefault(former, error);
     }
     EXPECT_EQ(text(available(12.34), std::string(100'000, 'x')), "주간 약 12.3%");
 }

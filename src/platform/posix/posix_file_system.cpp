@@ -187,8 +187,13 @@ void PosixFileSystem::removeAbandonedTemporaries(const std::string& folder) {
 
 FileResult<void> PosixFileSystem::synchronizeFolder(const std::string& folder) {
     const FileDescriptor file(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!file.isOpen() || ::fsync(file.get()) != 0) return systemError(errno);
-    return {};
+    if (file.isOpen() && ::fsync(file.get()) == 0) return {};
+    // Network and user-space file systems have no such wait, and a folder that we may only write
+    // into can't be opened for it.
+    const bool hasNoWait =
+        errno == EINVAL || errno == ENOTSUP || errno == ENOSYS || errno == EACCES;
+    if (hasNoWait) return {};
+    return systemError(errno);
 }
 
 }  // namespace brimwatch

@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <utility>
@@ -26,6 +27,10 @@ std::string temporaryName(int attempt) {
     name += std::to_string(::getpid()) + '-' + std::to_string(attempt);
     name += nameSuffix;
     return name;
+}
+
+bool isNumber(std::string_view text) {
+    return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
 }
 
 bool isNamed(const FileDescriptor& file, const std::string& path) {
@@ -60,7 +65,12 @@ FileResult<std::unique_ptr<TemporaryFile>> PosixTemporaryFile::make(const std::s
 }
 
 bool PosixTemporaryFile::isTemporaryName(std::string_view name) {
-    return name.starts_with(namePrefix) && name.ends_with(nameSuffix);
+    if (!name.starts_with(namePrefix) || !name.ends_with(nameSuffix)) return false;
+    name.remove_prefix(namePrefix.size());
+    name.remove_suffix(std::min(nameSuffix.size(), name.size()));
+    const std::size_t hyphen = name.find('-');
+    return hyphen != std::string_view::npos && isNumber(name.substr(0, hyphen)) &&
+           isNumber(name.substr(hyphen + 1));
 }
 
 void PosixTemporaryFile::removeIfAbandoned(const std::string& path) {
@@ -110,8 +120,14 @@ FileResult<void> PosixTemporaryFile::replace(const std::string& path) {
 }
 
 FileResult<void> PosixTemporaryFile::claim(const std::string& path) {
-    // The name of its own goes with the destructor.
-    if (::link(path_.c_str(), path.c_str()) != 0) return systemError(errno);
+    if (::renameat2(AT_FDCWD, path_.c_str(), AT_FDCWD, path.c_str(), RENAME_NOREPLACE) == 0) {
+        hasOwnName_ = false;
+        return {};
+    }
+    // A file system that can't do that may have hard links; the other name goes with the
+    // destructor.
+    const bool isUnknown = errno == EINVAL || errno == ENOSYS;
+    if (!isUnknown || ::link(path_.c_str(), path.c_str()) != 0) return systemError(errno);
     return {};
 }
 
