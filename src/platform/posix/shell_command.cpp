@@ -2,10 +2,8 @@
 
 #include <fcntl.h>
 #include <poll.h>
-#include <spawn.h>
 #include <sys/prctl.h>
 #include <sys/signalfd.h>
-#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -18,6 +16,7 @@
 
 #include "platform/posix/file_descriptor.h"
 #include "platform/posix/retry.h"
+#include "platform/posix/spawning.h"
 
 namespace brimwatch {
 namespace {
@@ -37,24 +36,6 @@ Milliseconds now() {
     return std::chrono::duration_cast<Milliseconds>(std::chrono::seconds(time.tv_sec) +
                                                     std::chrono::nanoseconds(time.tv_nsec));
 }
-
-// The C library's own pidfd_open can't be called from C++ everywhere.
-int openProcess(pid_t process) {
-    return static_cast<int>(::syscall(SYS_pidfd_open, process, 0));
-}
-
-struct Pipe {
-    FileDescriptor readEnd;
-    FileDescriptor writeEnd;
-
-    bool open() {
-        std::array<int, 2> ends{};
-        if (::pipe2(ends.data(), O_CLOEXEC) != 0) return false;
-        readEnd = FileDescriptor(ends[0]);
-        writeEnd = FileDescriptor(ends[1]);
-        return true;
-    }
-};
 
 // Holds back the signals that would end this process, so that they can be read from a descriptor
 // and the command can be ended first. Signals that are ignored stay ignored.
@@ -98,44 +79,6 @@ class EndingSignals {
 
     sigset_t formerMask_{};
     FileDescriptor descriptor_;
-};
-
-class SpawnAttributes {
-  public:
-    SpawnAttributes(const sigset_t& mask, const sigset_t& defaultSignals) {
-        ::posix_spawnattr_init(&attributes_);
-        ::posix_spawnattr_setpgroup(&attributes_, 0);
-        ::posix_spawnattr_setsigmask(&attributes_, &mask);
-        ::posix_spawnattr_setsigdefault(&attributes_, &defaultSignals);
-        ::posix_spawnattr_setflags(
-            &attributes_, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
-    }
-    SpawnAttributes(const SpawnAttributes&) = delete;
-    SpawnAttributes& operator=(const SpawnAttributes&) = delete;
-    ~SpawnAttributes() { ::posix_spawnattr_destroy(&attributes_); }
-
-    const posix_spawnattr_t* get() const { return &attributes_; }
-
-  private:
-    posix_spawnattr_t attributes_{};
-};
-
-class SpawnFiles {
-  public:
-    SpawnFiles(int input, int output) {
-        ::posix_spawn_file_actions_init(&actions_);
-        ::posix_spawn_file_actions_adddup2(&actions_, input, STDIN_FILENO);
-        ::posix_spawn_file_actions_adddup2(&actions_, output, STDOUT_FILENO);
-        ::posix_spawn_file_actions_addopen(&actions_, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-    }
-    SpawnFiles(const SpawnFiles&) = delete;
-    SpawnFiles& operator=(const SpawnFiles&) = delete;
-    ~SpawnFiles() { ::posix_spawn_file_actions_destroy(&actions_); }
-
-    const posix_spawn_file_actions_t* get() const { return &actions_; }
-
-  private:
-    posix_spawn_file_actions_t actions_{};
 };
 
 class Command {
