@@ -39,6 +39,8 @@ class Exchange {
         QObject::connect(&timeOut_, &QSocketNotifier::activated, &context_, [this] {
             finish(failed(Failure{Failure::Kind::timedOut, {}}));
         });
+        resumption_.setSingleShot(true);
+        QObject::connect(&resumption_, &QTimer::timeout, &context_, [this] { resume(); });
         const QCoreApplication* application = QCoreApplication::instance();
         QObject::connect(application, &QCoreApplication::aboutToQuit, &context_,
                          [this] { cancel(); });
@@ -81,19 +83,23 @@ class Exchange {
         }
     }
 
-    // The first result stays. Whoever waits goes on from the event loop: not from within a
-    // notifier, which it will delete.
+    // Whoever waits goes on from the event loop, not from within a notifier.
     void finish(CodexReadResult result) {
-        if (result_) return;
-        result_ = std::move(result);
-        stopListening();
-        QTimer::singleShot(0, &context_, [this] { resume(); });
+        keep(std::move(result));
+        resumption_.start();
     }
 
     // There will be no event loop any more.
     void cancel() {
-        finish(failed(std::make_error_code(std::errc::operation_canceled)));
+        keep(failed(std::make_error_code(std::errc::operation_canceled)));
         resume();
+    }
+
+    // The first result stays.
+    void keep(CodexReadResult result) {
+        if (result_) return;
+        result_ = std::move(result);
+        stopListening();
     }
 
     void resume() {
@@ -113,7 +119,8 @@ class Exchange {
     std::array<char, readBytes> buffer_{};
     QSocketNotifier output_;
     QSocketNotifier timeOut_;
-    QObject context_;  // what is connected to this, and posted to it, goes with it
+    QTimer resumption_;
+    QObject context_;  // what is connected to this goes with it
 };
 
 // What a coroutine awaits. It stands apart from the exchange because GCC 12 copies what is awaited.
