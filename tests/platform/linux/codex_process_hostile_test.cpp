@@ -141,8 +141,12 @@ TEST_F(CodexProcess, SignalsThatAreIgnoredHereHaveTheirDefaultActionInTheChild) 
     ::signal(SIGXFSZ, SIG_DFL);
 }
 
-// Wherever the descriptors run out.
+// Wherever the descriptors run out. The first read is for the sanitizers, which need descriptors of
+// their own when they meet a type for the first time.
 TEST_F(CodexProcess, ATableOfDescriptorsThatIsFullIsAnErrorOfTheSystemAndLeavesNothing) {
+    const CodexReadRequest asking = request(std::string(greet) + takeQuestion + answer + "wait");
+    ASSERT_TRUE(isReading(QCoro::waitFor(readCodex(asking))));
+    ASSERT_TRUE(eventually([] { return !test::hasChild(); }));
     rlimit former{};
     ::getrlimit(RLIMIT_NOFILE, &former);
     const std::set<int> before = openDescriptors();
@@ -151,8 +155,7 @@ TEST_F(CodexProcess, ATableOfDescriptorsThatIsFullIsAnErrorOfTheSystemAndLeavesN
     for (rlim_t limit = STDERR_FILENO + 1; !succeeded && limit < former.rlim_cur; ++limit) {
         const rlimit narrow{.rlim_cur = limit, .rlim_max = former.rlim_max};
         ::setrlimit(RLIMIT_NOFILE, &narrow);
-        QCoro::Task<CodexReadResult> task =
-            readCodex(request(std::string(greet) + takeQuestion + answer + "wait"));
+        QCoro::Task<CodexReadResult> task = readCodex(asking);
         ::setrlimit(RLIMIT_NOFILE, &former);
         const CodexReadResult result = QCoro::waitFor(std::move(task));
         succeeded = isReading(result);
