@@ -106,16 +106,6 @@ TEST_F(CodexProcess, TheEndOfTheProgramEndsTheRead) {
     EXPECT_TRUE(eventually([] { return !test::hasChild(); }));
 }
 
-TEST_F(CodexProcess, AResultThatIsThereWhenTheProgramEndsIsGiven) {
-    std::optional<CodexReadResult> result;
-    CodexReadRequest timed = request("wait");
-    timed.timeOut = milliseconds(0);
-    readInto(timed, &result);
-    ASSERT_FALSE(result);
-    ASSERT_TRUE(eventually([&] { return result.has_value(); }));
-    EXPECT_EQ(failureOf(*result), pollerFailure(Kind::timedOut));
-}
-
 // The system takes over what has not ended yet; here that is this test.
 TEST_F(CodexProcess, AnApplicationThatGoesWithoutQuittingEndsTheReadToo) {
     std::optional<CodexReadResult> result;
