@@ -16,6 +16,7 @@
 
 #include "support/file_system.h"
 #include "support/json_value.h"
+#include "support/stored_file.h"
 
 namespace brimwatch {
 
@@ -23,12 +24,8 @@ namespace brimwatch {
 inline constexpr std::size_t settingsSizeLimit = 256U << 20U;
 
 // The file as it stood at one moment.
-struct SettingsFile {
-    std::string target;                // the file itself, behind symbolic links
-    FileStatus status;                 // of a file that is there
-    std::optional<std::string> bytes;  // nothing if there is no file, or it can't be read
+struct SettingsFile : StoredFile {
     std::optional<JsonObject> object;  // nothing if there is no file, or it holds none
-    bool isUnreadable = false;         // there is a file, but its bytes can't be had
 
     bool isDamaged() const { return isUnreadable || (bytes && !object); }
 

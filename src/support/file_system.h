@@ -93,6 +93,8 @@ class FileSystem {
     virtual FileResult<std::string> realPath(const std::string& path) = 0;
     // Gives a file one more name (a hard link), without opening it; fails where the name is taken.
     virtual FileResult<void> addName(const std::string& path, const std::string& name) = 0;
+    // Takes the name away from a file or a symbolic link; a folder is a failure.
+    virtual FileResult<void> remove(const std::string& path) = 0;
     // The folder and all that is missing above it. That the name is taken is no failure: whoever
     // uses the folder finds out by whom.
     virtual FileResult<void> makeFolders(const std::string& folder) = 0;

@@ -45,6 +45,21 @@ std::optional<std::string> homeFromPasswordFile(std::string_view text, std::uint
     return std::nullopt;
 }
 
+struct BaseFolder {
+    std::string_view variable;
+    std::string_view belowHome;
+};
+
+std::optional<std::string> inBaseFolder(const BaseFolder& folder, std::string_view name,
+                                        const Environment& environment, FileSystem& files,
+                                        std::uint32_t userId) {
+    const std::optional<std::string_view> chosen = environment.value(folder.variable);
+    if (chosen && chosen->starts_with('/')) return joinPath(*chosen, name);
+    const std::optional<std::string> home = realHomeFolder(environment, files, userId);
+    if (!home) return std::nullopt;
+    return joinPath(joinPath(*home, folder.belowHome), name);
+}
+
 }  // namespace
 
 std::string joinPath(std::string_view folder, std::string_view name) {
@@ -129,12 +144,14 @@ std::string limitsFolder(std::string_view home) {
 
 std::optional<std::string> settingsFile(const Environment& environment, FileSystem& files,
                                         std::uint32_t userId) {
-    constexpr std::string_view name = "brimwatch/settings.json";
-    const std::optional<std::string_view> config = environment.value("XDG_CONFIG_HOME");
-    if (config && config->starts_with('/')) return joinPath(*config, name);
-    const std::optional<std::string> home = realHomeFolder(environment, files, userId);
-    if (!home) return std::nullopt;
-    return joinPath(joinPath(*home, ".config"), name);
+    const BaseFolder config = {.variable = "XDG_CONFIG_HOME", .belowHome = ".config"};
+    return inBaseFolder(config, "brimwatch/settings.json", environment, files, userId);
+}
+
+std::optional<std::string> stateFolder(const Environment& environment, FileSystem& files,
+                                       std::uint32_t userId) {
+    const BaseFolder state = {.variable = "XDG_STATE_HOME", .belowHome = ".local/state"};
+    return inBaseFolder(state, "brimwatch", environment, files, userId);
 }
 
 }  // namespace brimwatch

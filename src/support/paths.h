@@ -49,4 +49,9 @@ std::string limitsFolder(std::string_view home);
 std::optional<std::string> settingsFile(const Environment& environment, FileSystem& files,
                                         std::uint32_t userId);
 
+// Where lies what the program learnt by itself: `$XDG_STATE_HOME/brimwatch`, with `~/.local/state`
+// where the variable is unset or relative. It does not follow `BRIMWATCH_HOME`.
+std::optional<std::string> stateFolder(const Environment& environment, FileSystem& files,
+                                       std::uint32_t userId);
+
 }  // namespace brimwatch

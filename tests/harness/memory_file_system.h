@@ -59,6 +59,10 @@ class MemoryFileSystem final : public FileSystem {
         files_[name] = files_.at(path);
         return {};
     }
+    FileResult<void> remove(const std::string& path) override {
+        if (files_.erase(path) == 0) return failure(std::errc::no_such_file_or_directory);
+        return {};
+    }
     FileResult<void> makeFolders(const std::string&) override { return {}; }
     FileResult<std::vector<std::string>> entries(const std::string&) override {
         return failure(std::errc::function_not_supported);

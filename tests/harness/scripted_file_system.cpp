@@ -105,6 +105,11 @@ FileResult<void> ScriptedFileSystem::addName(const std::string& path, const std:
     return inner_.addName(path, name);
 }
 
+FileResult<void> ScriptedFileSystem::remove(const std::string& path) {
+    if (const auto error = takeStep("remove", path)) return tl::unexpected(error);
+    return inner_.remove(path);
+}
+
 FileResult<void> ScriptedFileSystem::makeFolders(const std::string& folder) {
     if (const auto error = takeStep("makeFolders", folder)) return tl::unexpected(error);
     return inner_.makeFolders(folder);

@@ -51,6 +51,7 @@ class ScriptedFileSystem final : public FileSystem {
     FileResult<std::string> linkTarget(const std::string& path) override;
     FileResult<std::string> realPath(const std::string& path) override;
     FileResult<void> addName(const std::string& path, const std::string& name) override;
+    FileResult<void> remove(const std::string& path) override;
     FileResult<void> makeFolders(const std::string& folder) override;
     FileResult<std::unique_ptr<FileLock>> lock(const std::string& path, LockWait wait) override;
     FileResult<std::unique_ptr<TemporaryFile>> makeTemporary(const std::string& folder,

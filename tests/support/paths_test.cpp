@@ -22,6 +22,7 @@ class PathsOnDisk : public ::testing::Test {
 };
 using HomeFolder = PathsOnDisk;
 using SettingsFile = PathsOnDisk;
+using StateFolder = PathsOnDisk;
 
 TEST(Paths, JoinsWithOneSlash) {
     EXPECT_EQ(joinPath("/a", "b"), "/a/b");
@@ -123,6 +124,19 @@ TEST_F(SettingsFile, FallsBackToTheRealHomeForAnUnsetOrRelativeFolder) {
             {"XDG_CONFIG_HOME", value}, {"HOME", "/h"}, {"BRIMWATCH_HOME", "/moved"}};
         EXPECT_EQ(settingsFile(environment.view(), files_, rootUser),
                   "/h/.config/brimwatch/settings.json");
+    }
+}
+
+TEST_F(StateFolder, LiesInTheFolderForState) {
+    const test::EnvironmentList set = {{"XDG_STATE_HOME", "/s"}, {"HOME", "/h"}};
+    EXPECT_EQ(stateFolder(set.view(), files_, rootUser), "/s/brimwatch");
+}
+
+TEST_F(StateFolder, FallsBackToTheRealHomeForAnUnsetOrRelativeFolder) {
+    for (const char* value : {"", "relative"}) {
+        const test::EnvironmentList environment = {
+            {"XDG_STATE_HOME", value}, {"HOME", "/h"}, {"BRIMWATCH_HOME", "/moved"}};
+        EXPECT_EQ(stateFolder(environment.view(), files_, rootUser), "/h/.local/state/brimwatch");
     }
 }
 

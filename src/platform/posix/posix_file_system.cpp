@@ -147,6 +147,11 @@ FileResult<void> PosixFileSystem::addName(const std::string& path, const std::st
     return {};
 }
 
+FileResult<void> PosixFileSystem::remove(const std::string& path) {
+    if (::unlink(path.c_str()) != 0) return systemError(errno);
+    return {};
+}
+
 FileResult<void> PosixFileSystem::makeFolders(const std::string& folder) {
     if (::mkdir(folder.c_str(), folderMode) == 0 || errno == EEXIST) return {};
     const std::string parent = parentPath(folder);

@@ -193,6 +193,18 @@ TEST_F(PosixFiles, AnotherNameIsTheSameFileAndNeverTakesOneThatIsThere) {
     EXPECT_EQ(files_.addName(folder_.file("x"), folder_.file("y")).error(), std::errc::file_exists);
 }
 
+TEST_F(PosixFiles, RemovingTakesAFileOrALinkAndNothingElse) {
+    test::writeFile(folder_.file("x"), "1");
+    std::filesystem::create_symlink(folder_.file("x"), folder_.file("link"));
+    std::filesystem::create_directory(folder_.file("folder"));
+    EXPECT_TRUE(files_.remove(folder_.file("link")));
+    EXPECT_TRUE(test::exists(folder_.file("x")));
+    EXPECT_TRUE(files_.remove(folder_.file("x")));
+    EXPECT_EQ(files_.remove(folder_.file("x")).error(), std::errc::no_such_file_or_directory);
+    EXPECT_FALSE(files_.remove(folder_.file("folder")));
+    EXPECT_EQ(files_.entries(folder_.path()), std::vector<std::string>{"folder"});
+}
+
 TEST_F(PosixFiles, ClaimingAFileIsMakingItWholeOrNotAtAll) {
     EXPECT_TRUE(claimFile(files_, folder_.file("x"), "first", {}));
     EXPECT_EQ(claimFile(files_, folder_.file("x"), "second", {}).error(), std::errc::file_exists);
