@@ -43,14 +43,14 @@ void BackgroundTasks::run() {
         lastResult_ = {};
         Tasks tasks = std::exchange(waiting_, {});
         lock.unlock();
-        attempt(std::move(tasks));
+        attempt(tasks);
         lock.lock();
         isRunning_ = false;
         changed_.notify_all();
     }
 }
 
-void BackgroundTasks::attempt(Tasks tasks) {
+void BackgroundTasks::attempt(Tasks& tasks) {
     for (auto& [name, task] : tasks) {
         const FileResult<void> result = task();
         if (result) continue;

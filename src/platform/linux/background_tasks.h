@@ -34,7 +34,7 @@ class BackgroundTasks {
     using Tasks = std::map<std::string, Task, std::less<>>;
 
     void run();
-    void attempt(Tasks tasks);
+    void attempt(Tasks& tasks);
 
     std::mutex mutex_;
     std::condition_variable changed_;
