@@ -26,8 +26,8 @@ struct StoredFile {
 FileResult<StoredFile> readStoredFile(FileSystem& files, const std::string& path,
                                       std::size_t maximumBytes);
 
-// Waiting for the disk; with the mode and owner of the former file, or those permissions where there
-// was none. Of a file that could not be read the owner may read and write the new one.
+// Waiting for the disk; with the mode and owner of the former file, or those permissions where
+// there was none. Of a file that could not be read the owner may read and write the new one.
 ReplacementOptions replacementLike(const StoredFile& former, std::uint32_t newFilePermissions);
 
 // Sees to it that the file lies beside it under a second name, `PATH.brimwatch-damaged-N`: its
