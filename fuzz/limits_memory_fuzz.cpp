@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "harness/stored_json.h"
 #include "limits/limits_memory.h"
 #include "require.h"
 
@@ -26,16 +27,16 @@ void requireThatFilesCanBeRemembered(const LimitsMemory& stored) {
         if (believed.id() != file.id()) continue;
         REQUIRE(memory.remember(believed, now).windows == believed.windows);
     }
-    REQUIRE(LimitsMemory::decode(memory.encode()) == memory);
+    REQUIRE(brimwatch::test::decode<LimitsMemory>(brimwatch::test::encode(memory)) == memory);
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const auto memory =
-        LimitsMemory::decode(std::string_view(reinterpret_cast<const char*>(data), size));
+    const auto memory = brimwatch::test::decode<LimitsMemory>(
+        std::string_view(reinterpret_cast<const char*>(data), size));
     if (!memory) return 0;
-    REQUIRE(LimitsMemory::decode(memory->encode()) == memory);
+    REQUIRE(brimwatch::test::decode<LimitsMemory>(brimwatch::test::encode(*memory)) == memory);
     requireThatFilesCanBeRemembered(*memory);
     return 0;
 }

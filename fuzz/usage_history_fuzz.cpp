@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "harness/stored_json.h"
 #include "limits/recent_usage_history.h"
 #include "limits/recent_usage_result.h"
 #include "require.h"
@@ -76,14 +77,14 @@ void requireSoundSamples(const RecentUsageSamples& samples) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const auto history =
-        RecentUsageHistory::decode(std::string_view(reinterpret_cast<const char*>(data), size));
+    const auto history = brimwatch::test::decode<RecentUsageHistory>(
+        std::string_view(reinterpret_cast<const char*>(data), size));
     if (!history) return 0;
     // A time far from our days may lose digits on its first way through, but not on the next.
-    const std::string encoded = history->encode();
-    const auto decoded = RecentUsageHistory::decode(encoded);
+    const std::string encoded = brimwatch::test::encode(*history);
+    const auto decoded = brimwatch::test::decode<RecentUsageHistory>(encoded);
     REQUIRE(decoded.has_value());
-    REQUIRE(decoded->encode() == encoded);
+    REQUIRE(brimwatch::test::encode(*decoded) == encoded);
     for (const auto& [id, samples] : history->accounts) {
         requireSoundSamples(samples);
         requireSoundRecording(*history, samples);

@@ -4,8 +4,6 @@
 #include <utility>
 
 #include "support/json_fields.h"
-#include "support/json_reader.h"
-#include "support/json_writer.h"
 
 namespace brimwatch {
 namespace {
@@ -70,13 +68,12 @@ const LimitsFile& LimitsMemory::remember(LimitsFile file, std::int64_t now) {
     return stored = std::move(file);
 }
 
-std::optional<LimitsMemory> LimitsMemory::decode(std::string_view bytes) {
-    const std::optional<JsonObject> object = parseJsonMembers(bytes, {"files"});
-    if (!object) return std::nullopt;
-    JsonFields fields(*object);
+std::optional<LimitsMemory> LimitsMemory::fromJson(const JsonValue& value) {
+    if (value.object() == nullptr) return std::nullopt;
+    JsonFields fields(*value.object());
     LimitsMemory memory;
-    for (const auto& [id, value] : fields.object("files").members()) {
-        const JsonObject* members = value.object();
+    for (const auto& [id, entry] : fields.object("files").members()) {
+        const JsonObject* members = entry.object();
         std::optional<LimitsFile> file =
             members != nullptr ? LimitsFile::fromJson(*members) : std::nullopt;
         if (!file) return std::nullopt;
@@ -86,13 +83,13 @@ std::optional<LimitsMemory> LimitsMemory::decode(std::string_view bytes) {
     return memory;
 }
 
-std::string LimitsMemory::encode() const {
+JsonObject LimitsMemory::toJson() const {
     JsonObject entries;
     for (const auto& [id, file] : files)
         entries.set(id, file.toJson());
     JsonObject object;
     object.set("files", std::move(entries));
-    return writeJson(object, JsonLayout::compact);
+    return object;
 }
 
 }  // namespace brimwatch

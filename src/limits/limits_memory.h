@@ -18,6 +18,7 @@
 #include "limits/subscription_limits.h"
 #include "support/file_system.h"
 #include "support/instant.h"
+#include "support/json_value.h"
 
 namespace brimwatch {
 
@@ -51,9 +52,9 @@ struct LimitsMemory {
     std::vector<SubscriptionLimits> load(FileSystem& fileSystem, const std::string& folder,
                                          const SubscriptionIds& wanted, Instant now);
 
-    // The stored form: compact JSON. Damage anywhere gives nothing.
-    static std::optional<LimitsMemory> decode(std::string_view bytes);
-    std::string encode() const;
+    // The stored form. Damage anywhere gives nothing; unknown keys are ignored.
+    static std::optional<LimitsMemory> fromJson(const JsonValue& value);
+    JsonObject toJson() const;
 
     bool operator==(const LimitsMemory&) const = default;
 };

@@ -16,6 +16,7 @@
 #include "limits/recent_usage_samples.h"
 #include "limits/subscription_limits.h"
 #include "support/instant.h"
+#include "support/json_value.h"
 
 namespace brimwatch {
 
@@ -40,10 +41,11 @@ struct RecentUsageHistory {
     static RecentUsageSamples merged(const std::vector<const RecentUsageSamples*>& groups,
                                      Instant now);
 
-    // The stored form: compact JSON, times in seconds since 2001-01-01 UTC. Damage anywhere gives
-    // nothing. Every number in `accounts` must be finite, as those recorded or decoded are.
-    static std::optional<RecentUsageHistory> decode(std::string_view bytes);
-    std::string encode() const;
+    // The stored form: times in seconds since 2001-01-01 UTC. Damage anywhere gives nothing;
+    // unknown keys are ignored. Every number in `accounts` must be finite, as those recorded or
+    // read are.
+    static std::optional<RecentUsageHistory> fromJson(const JsonValue& value);
+    JsonObject toJson() const;
 
     bool operator==(const RecentUsageHistory&) const = default;
 };

@@ -3,8 +3,6 @@
 #include "limits/recent_usage_history.h"
 #include "limits/recent_usage_json.h"
 #include "support/json_fields.h"
-#include "support/json_reader.h"
-#include "support/json_writer.h"
 
 namespace brimwatch {
 namespace {
@@ -32,13 +30,12 @@ JsonArray encodeSamples(const RecentUsageSamples& samples) {
 
 }  // namespace
 
-std::optional<RecentUsageHistory> RecentUsageHistory::decode(std::string_view bytes) {
-    const std::optional<JsonObject> object = parseJsonMembers(bytes, {"accounts"});
-    if (!object) return std::nullopt;
-    JsonFields fields(*object);
+std::optional<RecentUsageHistory> RecentUsageHistory::fromJson(const JsonValue& value) {
+    if (value.object() == nullptr) return std::nullopt;
+    JsonFields fields(*value.object());
     RecentUsageHistory history;
-    for (const auto& [id, value] : fields.object("accounts").members()) {
-        const JsonArray* array = value.array();
+    for (const auto& [id, entry] : fields.object("accounts").members()) {
+        const JsonArray* array = entry.array();
         std::optional<RecentUsageSamples> samples =
             array != nullptr ? decodeSamples(*array) : std::nullopt;
         if (!samples) return std::nullopt;
@@ -48,13 +45,13 @@ std::optional<RecentUsageHistory> RecentUsageHistory::decode(std::string_view by
     return history;
 }
 
-std::string RecentUsageHistory::encode() const {
+JsonObject RecentUsageHistory::toJson() const {
     JsonObject arrays;
     for (const auto& [id, samples] : accounts)
         arrays.set(id, encodeSamples(samples));
     JsonObject object;
     object.set("accounts", std::move(arrays));
-    return writeJson(object, JsonLayout::compact);
+    return object;
 }
 
 }  // namespace brimwatch

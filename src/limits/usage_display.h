@@ -12,4 +12,8 @@ constexpr UsageDisplay usageDisplayFromRawString(std::string_view raw) {
     return raw == "used" ? UsageDisplay::used : UsageDisplay::remaining;
 }
 
+constexpr std::string_view rawString(UsageDisplay display) {
+    return display == UsageDisplay::used ? "used" : "remaining";
+}
+
 }  // namespace brimwatch

@@ -7,6 +7,7 @@
 #include <map>
 
 #include "harness/random.h"
+#include "harness/stored_json.h"
 
 namespace brimwatch {
 namespace {
@@ -283,17 +284,17 @@ TEST(LimitsMemory, AWindowWhoseResetHasPassedStaysUntilALaterReportReplacesIt) {
 
 TEST(StoredLimitsMemory, IsOneObjectWithTheKeyFiles) {
     LimitsMemory memory;
-    EXPECT_EQ(memory.encode(), R"({"files":{}})");
+    EXPECT_EQ(test::encode(memory), R"({"files":{}})");
     LimitsFile file = claudeFile(41.5, 1'790'000'000);
     file.windows = {{"five_hour", {41.5, 1'790'007'200}}, {"x", {1, std::nullopt}}};
     file.planTier = "Max 20배";
     memory.remember(file, now);
-    EXPECT_EQ(memory.encode(),
+    EXPECT_EQ(test::encode(memory),
               R"({"files":{"claude-work":{"account":"work","plan_tier":"Max 20배",)"
               R"("provider":"claude","updated_at":1790000000,"version":1,"windows":{)"
               R"("five_hour":{"resets_at":1790007200,"used_percentage":41.5},)"
               R"("x":{"used_percentage":1}}}}})");
-    EXPECT_EQ(LimitsMemory::decode(memory.encode()), memory);
+    EXPECT_EQ(test::decode<LimitsMemory>(test::encode(memory)), memory);
 }
 
 constexpr const char* storedFile =
@@ -305,7 +306,7 @@ std::string storedMemory(const std::string& members) {
 
 TEST(StoredLimitsMemory, UnknownKeysAndAnyOrderAreFine) {
     const auto memory =
-        LimitsMemory::decode("\n{\"x\":[1],\"files\":{\"codex-b\":" + std::string(storedFile) +
+        test::decode<LimitsMemory>("\n{\"x\":[1],\"files\":{\"codex-b\":" + std::string(storedFile) +
                              ",\"a\":" + storedFile + "},\"version\":2}\n");
     ASSERT_TRUE(memory);
     EXPECT_EQ(memory->files.size(), 2U);
@@ -314,28 +315,28 @@ TEST(StoredLimitsMemory, UnknownKeysAndAnyOrderAreFine) {
 
 TEST(StoredLimitsMemory, DamageAnywhereGivesNothing) {
     const std::string good = std::string(R"("claude-work":)") + storedFile;
-    ASSERT_TRUE(LimitsMemory::decode(storedMemory(good)));
+    ASSERT_TRUE(test::decode<LimitsMemory>(storedMemory(good)));
     for (const char* text : {"", "null", "[]", "{}", "1", R"({"files":null})", R"({"files":[]})",
                              R"({"files":"x"})", R"({"Files":{}})"}) {
-        EXPECT_FALSE(LimitsMemory::decode(text)) << text;
+        EXPECT_FALSE(test::decode<LimitsMemory>(text)) << text;
     }
     for (const char* entry :
          {"null", "[]", "{}", "7", R"("x")",
           R"({"account":"a","provider":"claude","updated_at":5.5,"version":1,"windows":{}})",
           R"({"account":"a","provider":"claude","updated_at":5,"version":1,"windows":{"x":1}})",
           R"({"account":"a","provider":"claude","updated_at":5,"version":1})"}) {
-        EXPECT_FALSE(LimitsMemory::decode(storedMemory(good + R"(,"x":)" + entry))) << entry;
+        EXPECT_FALSE(test::decode<LimitsMemory>(storedMemory(good + R"(,"x":)" + entry))) << entry;
     }
-    EXPECT_FALSE(LimitsMemory::decode(storedMemory("\"\xFF\":" + std::string(storedFile))));
+    EXPECT_FALSE(test::decode<LimitsMemory>(storedMemory("\"\xFF\":" + std::string(storedFile))));
 }
 
 TEST(StoredLimitsMemory, ATextThatWasCutAnywhereGivesNothing) {
     LimitsMemory memory;
     memory.remember(claudeFile(40, 100), now);
     memory.remember(codexFile(40, 100), now);
-    const std::string whole = memory.encode();
+    const std::string whole = test::encode(memory);
     for (std::size_t length = 0; length < whole.size(); ++length) {
-        ASSERT_FALSE(LimitsMemory::decode(whole.substr(0, length))) << length;
+        ASSERT_FALSE(test::decode<LimitsMemory>(whole.substr(0, length))) << length;
     }
 }
 
@@ -351,7 +352,7 @@ TEST(StoredLimitsMemory, RandomMemoriesSurviveARoundTrip) {
             if (const auto window = randomWindow(random)) file.windows["seven_day"] = *window;
             memory.remember(file, now);
         }
-        ASSERT_EQ(LimitsMemory::decode(memory.encode()), memory);
+        ASSERT_EQ(test::decode<LimitsMemory>(test::encode(memory)), memory);
     }
 }
 

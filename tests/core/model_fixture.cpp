@@ -1,0 +1,114 @@
+#include "model_fixture.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <iterator>
+#include <utility>
+
+namespace brimwatch::test {
+
+HelperModel::Surroundings ModelFixture::surroundings() {
+    std::filesystem::create_directories(home_);
+    return {.defaults = defaults_,
+            .files = files_,
+            .home = home_,
+            .commandEnvironment = {.executable = program,
+                                   .installedCandidates = {},
+                                   .rejectDevelopmentLocations = true,
+                                   .isExecutable =
+                                       [this](const std::string& path) {
+                                           return executables_.contains(path);
+                                       }},
+            .codexEnvironment = environment_.view(),
+            .locale = "ko_KR",
+            .now = [this] { return time_.now(); },
+            .sleep = time_.sleeper(),
+            .pause = [](std::chrono::milliseconds) {},
+            .readCodex = codex_.reader(),
+            .findCodex = codex_.finder(),
+            .systemServices = std::nullopt};
+}
+
+HelperModel::Surroundings ModelFixture::surroundingsWithServices() {
+    HelperModel::Surroundings result = surroundings();
+    result.systemServices.emplace(services_.doors());
+    return result;
+}
+
+HelperModel& ModelFixture::start() {
+    return start(surroundings());
+}
+
+HelperModel& ModelFixture::startWithServices() {
+    return start(surroundingsWithServices());
+}
+
+HelperModel& ModelFixture::start(HelperModel::Surroundings surroundings) {
+    model_.reset();
+    model_ = std::make_unique<HelperModel>(std::move(surroundings));
+    return *model_;
+}
+
+std::string ModelFixture::makeClaudeFolder(std::string_view name) {
+    std::string folder = path(name);
+    std::filesystem::create_directories(folder);
+    const std::string config = name == ".claude" ? path(".claude.json") : folder + "/.claude.json";
+    writeFile(config, "{}");
+    return folder;
+}
+
+std::string ModelFixture::makeRegisteredFolder(std::string_view name) {
+    std::string folder = makeClaudeFolder(name);
+    const HelperModel::Surroundings around = surroundings();
+    const std::string id = ClaudeCodeSetup::accountID(disk_, {.directory = folder}, home_);
+    const FileResult<void> result =
+        ClaudeCodeSetup::connect(disk_, folder, id, around.commandEnvironment, around.pause);
+    EXPECT_TRUE(result) << result.error().message();
+    return folder;
+}
+
+std::string ModelFixture::makeCodexFolder(std::string_view name) {
+    std::string folder = path(name);
+    writeFile(folder + "/auth.json", "{}");
+    return folder;
+}
+
+bool ModelFixture::isRegistered(const std::string& folder) {
+    const std::string settings = folder + "/settings.json";
+    return exists(settings) && readFile(settings).find("--statusline") != std::string::npos;
+}
+
+std::string ModelFixture::limitsFile(const std::string& id) const {
+    return home_ + "/.brimwatch/limits/" + id + ".json";
+}
+
+void ModelFixture::writeLimits(const std::string& id, double fiveHour, double sevenDay) {
+    const std::size_t dash = id.find('-');
+    const CodexPoller::Reading reading = codexReading(fiveHour, sevenDay, time_.now());
+    LimitsFile file;
+    file.provider = id.substr(0, dash);
+    file.account = id.substr(dash + 1);
+    file.windows = reading.windows;
+    file.updatedAt = wholeUnixSeconds(time_.now());
+    writeFile(limitsFile(id), file.encode());
+}
+
+std::vector<std::string> ModelFixture::shownIds() {
+    std::vector<std::string> ids;
+    std::transform(model().limits().begin(), model().limits().end(), std::back_inserter(ids),
+                   [](const SubscriptionLimits& limits) { return limits.id(); });
+    return ids;
+}
+
+std::optional<double> ModelFixture::shownWeekly(const std::string& id) {
+    for (const SubscriptionLimits& limits : model().limits()) {
+        if (limits.id() == id && limits.sevenDay) return limits.sevenDay->usedPercentage;
+    }
+    return std::nullopt;
+}
+
+SignalCount::SignalCount(HelperModel& model, void (HelperModel::*signal)()) {
+    QObject::connect(&model, signal, &model, [count = count_] { ++*count; });
+}
+
+}  // namespace brimwatch::test
