@@ -305,9 +305,9 @@ std::string storedMemory(const std::string& members) {
 }
 
 TEST(StoredLimitsMemory, UnknownKeysAndAnyOrderAreFine) {
-    const auto memory =
-        test::decode<LimitsMemory>("\n{\"x\":[1],\"files\":{\"codex-b\":" + std::string(storedFile) +
-                             ",\"a\":" + storedFile + "},\"version\":2}\n");
+    const auto memory = test::decode<LimitsMemory>(
+        "\n{\"x\":[1],\"files\":{\"codex-b\":" + std::string(storedFile) + ",\"a\":" + storedFile +
+        "},\"version\":2}\n");
     ASSERT_TRUE(memory);
     EXPECT_EQ(memory->files.size(), 2U);
     EXPECT_EQ(memory->files.at("a").account, "work");
