@@ -1,17 +1,15 @@
 #include "platform/linux/codex_process.h"
 
-#include <QCoreApplication>
 #include <QObject>
 #include <QSocketNotifier>
-#include <QTimer>
 #include <array>
-#include <coroutine>
 #include <string_view>
 #include <utility>
 #include <vector>
 
 #include "codex/codex_conversation.h"
 #include "platform/linux/child_reaper.h"
+#include "platform/linux/event_loop_wait.h"
 #include "platform/posix/boot_timer.h"
 #include "platform/posix/child_process.h"
 
@@ -39,13 +37,6 @@ class Exchange {
         QObject::connect(&timeOut_, &QSocketNotifier::activated, &context_, [this] {
             finish(failed(Failure{Failure::Kind::timedOut, {}}));
         });
-        resumption_.setSingleShot(true);
-        QObject::connect(&resumption_, &QTimer::timeout, &context_, [this] { resume(); });
-        const QCoreApplication* application = QCoreApplication::instance();
-        QObject::connect(application, &QCoreApplication::aboutToQuit, &context_,
-                         [this] { cancel(); });
-        // Without an event loop that quits.
-        QObject::connect(application, &QObject::destroyed, &context_, [this] { cancel(); });
         send(CodexConversation::greeting());
     }
     Exchange(const Exchange&) = delete;
@@ -55,8 +46,9 @@ class Exchange {
         endChild(std::move(child_));
     }
 
-    const std::optional<CodexReadResult>& result() const { return result_; }
-    void resumeAtEnd(std::coroutine_handle<> waiting) { waiting_ = waiting; }
+    EventLoopWait& wait() { return wait_; }
+    // Once the wait is over.
+    const CodexReadResult& result() const { return *result_; }
 
   private:
     // All that is ever sent is far shorter than the shortest pipe, so it never has to wait.
@@ -83,27 +75,18 @@ class Exchange {
         }
     }
 
-    // Whoever waits goes on from the event loop, not from within a notifier.
     void finish(CodexReadResult result) {
         keep(std::move(result));
-        resumption_.start();
+        wait_.end();
     }
 
-    // There will be no event loop any more.
-    void cancel() {
-        keep(failed(std::make_error_code(std::errc::operation_canceled)));
-        resume();
-    }
+    void cancel() { keep(failed(std::make_error_code(std::errc::operation_canceled))); }
 
     // The first result stays.
     void keep(CodexReadResult result) {
         if (result_) return;
         result_ = std::move(result);
         stopListening();
-    }
-
-    void resume() {
-        if (waiting_) std::exchange(waiting_, nullptr).resume();
     }
 
     void stopListening() {
@@ -115,23 +98,11 @@ class Exchange {
     FileDescriptor timer_;
     CodexConversation conversation_;
     std::optional<CodexReadResult> result_;
-    std::coroutine_handle<> waiting_;
     std::array<char, readBytes> buffer_{};
     QSocketNotifier output_;
     QSocketNotifier timeOut_;
-    QTimer resumption_;
+    EventLoopWait wait_{[this] { cancel(); }};
     QObject context_;  // what is connected to this goes with it
-};
-
-// What a coroutine awaits. It stands apart from the exchange because GCC 12 copies what is awaited.
-struct ExchangeEnd {
-    // NOLINTBEGIN(readability-identifier-naming): the names are the language's
-    bool await_ready() const { return exchange->result().has_value(); }
-    void await_suspend(std::coroutine_handle<> waiting) const { exchange->resumeAtEnd(waiting); }
-    CodexReadResult await_resume() const { return *exchange->result(); }
-    // NOLINTEND(readability-identifier-naming)
-
-    Exchange* exchange;
 };
 
 std::vector<const char*> withCodexHome(Environment environment, const std::string& assignment) {
@@ -166,9 +137,9 @@ QCoro::Task<CodexReadResult> readCodex(CodexReadRequest request) {
     tl::expected<ChildProcess, std::error_code> child = launchAppServer(request);
     if (!child) co_return failed(child.error());
     Exchange exchange(*std::move(child), *std::move(timer));
-    const ExchangeEnd end{&exchange};
-    CodexReadResult result = co_await end;
-    co_return result;
+    const EventLoopWait::End end(exchange.wait());
+    co_await end;
+    co_return exchange.result();
 }
 
 }  // namespace brimwatch

@@ -9,15 +9,15 @@
 namespace brimwatch {
 
 tl::expected<FileDescriptor, std::error_code> startBootTimer(std::chrono::milliseconds time) {
-    using Nanoseconds = std::chrono::nanoseconds;
     FileDescriptor timer(::timerfd_create(CLOCK_BOOTTIME, TFD_CLOEXEC | TFD_NONBLOCK));
     if (!timer.isOpen()) return systemError(errno);
-    // Zero would stop the timer.
-    const Nanoseconds untilEnd = time.count() > 0 ? Nanoseconds(time) : Nanoseconds(1);
-    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(untilEnd);
+    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(time);
+    const std::chrono::nanoseconds rest = time - seconds;
     itimerspec setting{};
     setting.it_value.tv_sec = seconds.count();
-    setting.it_value.tv_nsec = (untilEnd - seconds).count();
+    setting.it_value.tv_nsec = rest.count();
+    // Zero would stop the timer.
+    if (time.count() <= 0) setting.it_value = {.tv_sec = 0, .tv_nsec = 1};
     if (::timerfd_settime(timer.get(), 0, &setting, nullptr) != 0) return systemError(errno);
     return timer;
 }

@@ -3,43 +3,21 @@
 #include <sys/wait.h>
 
 #include <QCoroTask>
-#include <QEventLoop>
-#include <QThread>
-#include <filesystem>
 #include <ostream>
 #include <sstream>
 
 namespace brimwatch::test {
-
-std::set<int> openDescriptors() {
-    std::set<int> descriptors;
-    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
-        const int descriptor = std::stoi(entry.path().filename().string());
-        std::error_code error;
-        const auto target = std::filesystem::read_symlink(entry.path(), error);
-        // Not the one that lists them.
-        if (!error && !target.string().ends_with("/fd")) descriptors.insert(descriptor);
-    }
-    return descriptors;
-}
 
 bool hasChild() {
     siginfo_t information{};
     return ::waitid(P_ALL, 0, &information, WEXITED | WNOHANG | WNOWAIT) == 0;
 }
 
-void CodexProcess::SetUp() {
-    application_.emplace(argumentCount_, arguments_);
-    QCoreApplication::processEvents();
-    descriptorsBefore_ = openDescriptors();
-}
-
 void CodexProcess::TearDown() {
     if (application_) {
         EXPECT_TRUE(eventually([] { return !hasChild(); }));
-        EXPECT_EQ(openDescriptors(), descriptorsBefore_);
     }
-    application_.reset();
+    ApplicationTest::TearDown();
     EXPECT_FALSE(hasChild());
 }
 
@@ -72,17 +50,6 @@ std::vector<std::string> CodexProcess::notes() const {
 pid_t CodexProcess::server() const {
     EXPECT_TRUE(eventually([&] { return !notes().empty(); }));
     return notes().empty() ? -1 : std::stoi(notes().front().substr(std::string("process ").size()));
-}
-
-bool CodexProcess::eventually(const std::function<bool()>& condition) {
-    using Clock = std::chrono::steady_clock;
-    const Clock::time_point end = Clock::now() + std::chrono::seconds(10);
-    while (!condition()) {
-        if (Clock::now() > end) return false;
-        QCoreApplication::processEvents();
-        QThread::msleep(5);
-    }
-    return true;
 }
 
 CodexReadFailure failureOf(const CodexReadResult& result) {

@@ -1,20 +1,14 @@
 // Reads from a scripted server, with an application of their own, and what they leave behind.
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <QCoreApplication>
 #include <chrono>
-#include <csignal>
-#include <functional>
 #include <iosfwd>
-#include <optional>
-#include <set>
 #include <string>
 #include <vector>
 
 #include "harness/environment_list.h"
 #include "harness/temporary_folder.h"
+#include "platform/linux/application_test.h"
 #include "platform/linux/codex_process.h"
 
 namespace brimwatch::test {
@@ -26,13 +20,11 @@ inline constexpr const char* answer =
     R"(say {"id":2,"result":{"rateLimits":{"primary":{"usedPercent":37,"windowDurationMins":300}}}})"
     "\n";
 
-std::set<int> openDescriptors();
 // Also one that has ended and was not reaped.
 bool hasChild();
 
-class CodexProcess : public ::testing::Test {
+class CodexProcess : public ApplicationTest {
   protected:
-    void SetUp() override;
     void TearDown() override;  // expects that nothing is left behind
 
     CodexReadRequest request(const std::string& script);
@@ -43,19 +35,10 @@ class CodexProcess : public ::testing::Test {
     std::vector<std::string> notes() const;
     // The scripted server's, once it has noted it.
     pid_t server() const;
-    // Lets the event loop run until then, for ten seconds at most.
-    static bool eventually(const std::function<bool()>& condition);
 
     TemporaryFolder folder_;
     EnvironmentList environment_ = {{"PATH", "/usr/bin:/bin"}};
     std::chrono::milliseconds timeOut_{20'000};
-    std::optional<QCoreApplication> application_;
-
-  private:
-    int argumentCount_ = 1;
-    std::string name_ = "linux_test";
-    char* arguments_[2] = {name_.data(), nullptr};
-    std::set<int> descriptorsBefore_;
 };
 
 CodexReadFailure failureOf(const CodexReadResult& result);

@@ -30,5 +30,11 @@ TEST(BootTimer, NoTimeIsOverAtOnce) {
     }
 }
 
+TEST(BootTimer, AnEndlessTimeIsNotOver) {
+    const auto timer = startBootTimer(milliseconds::max());
+    ASSERT_TRUE(timer);
+    EXPECT_FALSE(isOverWithin(*timer, milliseconds(0)));
+}
+
 }  // namespace
 }  // namespace brimwatch
