@@ -8,12 +8,11 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <map>
 #include <memory>
 #include <string>
-#include <tuple>
 #include <vector>
 
+#include "bench/shortest_times.h"
 #include "limits/limits_memory.h"
 #include "limits/recent_usage_result.h"
 #include "limits/recent_usage_samples.h"
@@ -134,34 +133,6 @@ void loadFolder(benchmark::State& state) {
     }
 }
 
-// Prints what every reporter does, and keeps the shortest time of each benchmark.
-class ShortestTimes : public benchmark::ConsoleReporter {
-  public:
-    void ReportRuns(const std::vector<Run>& runs) override {
-        ConsoleReporter::ReportRuns(runs);
-        for (const Run& run : runs) {
-            if (run.run_type == Run::RT_Aggregate) continue;
-            const auto [entry, isNew] = times_.try_emplace(nameOf(run), run.GetAdjustedCPUTime());
-            if (!isNew) entry->second = std::min(entry->second, run.GetAdjustedCPUTime());
-        }
-    }
-
-    // Nothing to say where a filter left one of the two out.
-    void printRatio(const char* name, const char* anchor, const char* remark) const {
-        if (times_.count(name) == 0 || times_.count(anchor) == 0) return;
-        std::printf("%-30s %6.2f times %-24s (%s)\n", name, times_.at(name) / times_.at(anchor),
-                    anchor, remark);
-    }
-
-  private:
-    static std::string nameOf(const Run& run) {
-        const auto& [function, arguments] = std::tie(run.run_name.function_name, run.run_name.args);
-        return arguments.empty() ? function : function + '/' + arguments;
-    }
-
-    std::map<std::string, double> times_;
-};
-
 void registerBenchmarks() {
     const auto add = [](const char* name, auto&&... arguments) {
         return benchmark::RegisterBenchmark(name, arguments...)->Repetitions(5);
@@ -179,7 +150,7 @@ void registerBenchmarks() {
 int main(int count, char** arguments) {
     benchmark::Initialize(&count, arguments);
     brimwatch::registerBenchmarks();
-    brimwatch::ShortestTimes times;
+    brimwatch::bench::ShortestTimes times;
     benchmark::RunSpecifiedBenchmarks(&times);
     std::printf("\n");
     times.printRatio("derive, samples of a day", "pass over 300 samples", "goal: at most 4");

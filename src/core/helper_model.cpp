@@ -155,7 +155,7 @@ void HelperModel::setCodexEnabled(bool enabled) {
 void HelperModel::setUsageDisplay(UsageDisplay display) {
     assign(usageDisplay_, display, &HelperModel::usageDisplayChanged);
     surroundings_.defaults.setString(settings_key::usageDisplay, rawString(display));
-    updateMenuTitle();
+    updateMenuTitle(menuLimits());
 }
 
 void HelperModel::setRecentUsagePeriod(RecentUsagePeriod period) {

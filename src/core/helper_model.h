@@ -20,6 +20,7 @@
 #include <map>
 #include <optional>
 #include <set>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -237,7 +238,7 @@ class HelperModel final : public QObject {
     std::optional<std::string> displayNameOf(const SubscriptionLimits& limits) const;
     std::optional<std::string> defaultNameOf(const SubscriptionLimits& limits) const;
     void storeHistory();
-    void updateMenuTitle();
+    void updateMenuTitle(std::span<const SubscriptionLimits> shown);
 
     void scheduleReload();
     void schedulePoll();

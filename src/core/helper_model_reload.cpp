@@ -54,8 +54,9 @@ void HelperModel::reload() {
     if (memoryChanged) {
         surroundings_.defaults.setJson(settings_key::limitsMemory, memory_.toJson());
     }
-    updateMenuTitle();
-    assign(menuGauge_, menuBarGauge(menuLimits()), &HelperModel::menuGaugeChanged);
+    const std::vector<SubscriptionLimits> shown = menuLimits();
+    updateMenuTitle(shown);
+    assign(menuGauge_, menuBarGauge(shown), &HelperModel::menuGaugeChanged);
 }
 
 void HelperModel::decorate(SubscriptionLimits& limits) const {
@@ -109,8 +110,8 @@ void HelperModel::storeHistory() {
     }
 }
 
-void HelperModel::updateMenuTitle() {
-    assign(menuTitle_, menuTitleText(menuLimits(), usageDisplay_), &HelperModel::menuTitleChanged);
+void HelperModel::updateMenuTitle(std::span<const SubscriptionLimits> shown) {
+    assign(menuTitle_, menuTitleText(shown, usageDisplay_), &HelperModel::menuTitleChanged);
 }
 
 void HelperModel::refresh() {

@@ -52,6 +52,21 @@ bool isKept(const RecentUsageSample& sample, Instant now) {
            sample.updatedAt <= now + recentUsageFutureAllowance && isValid(sample);
 }
 
+bool isValidAndInOrder(const RecentUsageSamples& samples) {
+    if (samples.isNoted()) return true;
+    const auto valid = [](const RecentUsageSample& sample) { return isValid(sample); };
+    if (!isInOrder(samples) || !std::all_of(samples.begin(), samples.end(), valid)) return false;
+    samples.note();
+    return true;
+}
+
+// As recorded samples are until one becomes too old. Looks at each sample only once.
+bool isNormal(const RecentUsageSamples& samples, Instant now) {
+    if (samples.empty()) return true;
+    return samples.size() <= recentUsageCapacity && isValidAndInOrder(samples) &&
+           isKept(samples.front(), now) && isKept(samples.back(), now);
+}
+
 RecentUsageSample sampleOf(const SubscriptionLimits& limits) {
     return {.updatedAt = limits.updatedAt,
             .fiveHour = limits.fiveHour,
@@ -64,9 +79,10 @@ void append(RecentUsageSamples& samples, RecentUsageSample sample) {
         samples.push_back(std::move(sample));
         return;
     }
-    if (!(samples.back().updatedAt < sample.updatedAt)) return;
-    addResetsSince(samples.back(), sample);
-    if (isSameBucket(samples.back(), sample)) {
+    const RecentUsageSample& last = std::as_const(samples).back();
+    if (!(last.updatedAt < sample.updatedAt)) return;
+    addResetsSince(last, sample);
+    if (isSameBucket(last, sample)) {
         replaceLast(samples, std::move(sample));
     } else {
         samples.push_back(std::move(sample));
@@ -89,7 +105,7 @@ RecentUsageSamples firstOfEachInstant(const std::vector<const RecentUsageSamples
     for (const RecentUsageSamples* group : groups) {
         if (group != nullptr) samples.insert(samples.end(), group->begin(), group->end());
     }
-    std::erase_if(samples, [](const RecentUsageSample& sample) {
+    erase_if(samples, [](const RecentUsageSample& sample) {
         return !std::isfinite(unixSeconds(sample.updatedAt));
     });
     orderByInstant(samples);
@@ -115,7 +131,8 @@ std::vector<SubscriptionLimits> RecentUsageHistory::record(std::vector<Subscript
 
 RecentUsageSamples RecentUsageHistory::normalized(RecentUsageSamples samples, Instant now,
                                                   Capacity capacity) {
-    std::erase_if(samples, [now](const RecentUsageSample& sample) { return !isKept(sample, now); });
+    if (isNormal(samples, now)) return samples;
+    erase_if(samples, [now](const RecentUsageSample& sample) { return !isKept(sample, now); });
     orderByInstant(samples);
     if (capacity == Capacity::newest300) keepNewest(samples);
     return samples;

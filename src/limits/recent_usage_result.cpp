@@ -49,12 +49,6 @@ std::optional<Status> obstacleInRecord(const SubscriptionLimits& limits, const U
     return std::nullopt;
 }
 
-bool isInOrder(const RecentUsageSamples& samples) {
-    return std::adjacent_find(samples.begin(), samples.end(), [](const auto& a, const auto& b) {
-               return !(a.updatedAt < b.updatedAt);
-           }) == samples.end();
-}
-
 // The samples in the order of time, without repetitions, the newest 300. Recorded ones stand so
 // already; others are put in order in `copy`. The former may still hold invalid ones.
 Samples orderedSamples(const RecentUsageSamples& samples, Instant now, RecentUsageSamples& copy) {

@@ -3,17 +3,15 @@
 // on each draw.
 #pragma once
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <optional>
-#include <vector>
 
 #include "limits/subscription_limits.h"
 #include "support/instant.h"
 
 namespace brimwatch {
-
-using RecentUsageSamples = std::vector<RecentUsageSample>;
 
 inline constexpr std::chrono::hours recentUsageRetention{24};
 // A time up to this far ahead of the clock still counts.
@@ -27,6 +25,13 @@ inline bool isAbsentOrValid(const std::optional<UsageWindow>& window) {
 inline bool isValid(const RecentUsageSample& sample) {
     return std::isfinite(unixSeconds(sample.updatedAt)) && (sample.fiveHour || sample.sevenDay) &&
            isAbsentOrValid(sample.fiveHour) && isAbsentOrValid(sample.sevenDay);
+}
+
+// In the order of time, each instant once.
+inline bool isInOrder(const RecentUsageSamples& samples) {
+    return std::adjacent_find(samples.begin(), samples.end(), [](const auto& a, const auto& b) {
+               return !(a.updatedAt < b.updatedAt);
+           }) == samples.end();
 }
 
 // Both absent, or at most an hour apart.

@@ -7,9 +7,9 @@
 #include <set>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "support/instant.h"
+#include "support/shared_vector.h"
 
 namespace brimwatch {
 
@@ -41,6 +41,8 @@ struct RecentUsageSample {
     bool operator==(const RecentUsageSample&) const = default;
 };
 
+using RecentUsageSamples = SharedVector<RecentUsageSample>;
+
 // Ids of accounts, as `SubscriptionLimits::id` gives them.
 using SubscriptionIds = std::set<std::string, std::less<>>;
 
@@ -57,7 +59,7 @@ struct SubscriptionLimits {
     Instant updatedAt;  // when the writer last stored figures; may be infinite
     std::optional<std::string> planTier;
     std::optional<std::string> displayName;
-    std::optional<std::vector<RecentUsageSample>> recentUsageHistory;
+    std::optional<RecentUsageSamples> recentUsageHistory;
 
     // The reader of limits files. It is tolerant where `LimitsFile` is strict: times may have
     // fractions, and a window that can't be shown is dropped alone. Nothing if the file is not of

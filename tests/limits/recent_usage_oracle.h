@@ -17,7 +17,7 @@
 
 namespace brimwatch::test::oracle {
 
-using Samples = std::vector<RecentUsageSample>;
+using Samples = RecentUsageSamples;
 
 inline bool windowIsSound(const std::optional<UsageWindow>& window) {
     if (!window) return true;

@@ -320,7 +320,8 @@ TEST(RecentUsage, OfSamplesOutOfOrderAllocatesForTheirCopyAlone) {
     SubscriptionLimits limits = fullRecord();
     std::swap(sampleOf(limits, 0), sampleOf(limits, 299));
     std::size_t before = test::allocationCount();
-    const RecentUsageSamples copy = *limits.recentUsageHistory;
+    const RecentUsageSamples& samples = *limits.recentUsageHistory;
+    const RecentUsageSamples copy(samples.begin(), samples.end());
     const std::size_t allocationsOfACopy = test::allocationCount() - before;
     before = test::allocationCount();
     const RecentUsageResult result = derive(limits, sixHours);
