@@ -3,6 +3,10 @@
 #include <QCoreApplication>
 #include <QObject>
 #include <QSocketNotifier>
+#include <QTimer>
+#include <algorithm>
+#include <limits>
+#include <optional>
 #include <utility>
 
 #include "platform/linux/event_loop_wait.h"
@@ -11,12 +15,24 @@
 namespace brimwatch {
 namespace {
 
+// What a QTimer takes.
+constexpr std::chrono::milliseconds shortest(0);
+constexpr std::chrono::milliseconds longest(std::numeric_limits<int>::max());
+
 // A sleep that has begun.
 class BootSleep {
   public:
-    explicit BootSleep(FileDescriptor timer)
-        : timer_(std::move(timer)), isOver_(timer_.get(), QSocketNotifier::Read) {
-        QObject::connect(&isOver_, &QSocketNotifier::activated, &isOver_, [this] { elapse(); });
+    explicit BootSleep(std::chrono::milliseconds time) {
+        tl::expected<FileDescriptor, std::error_code> timer = startBootTimer(time);
+        if (!timer) {
+            QObject::connect(&awakeTimer_, &QTimer::timeout, &awakeTimer_, [this] { elapse(); });
+            awakeTimer_.setSingleShot(true);
+            awakeTimer_.start(std::clamp(time, shortest, longest));
+            return;
+        }
+        timer_ = *std::move(timer);
+        isOver_.emplace(timer_.get(), QSocketNotifier::Read);
+        QObject::connect(&*isOver_, &QSocketNotifier::activated, &*isOver_, [this] { elapse(); });
     }
 
     EventLoopWait& wait() { return wait_; }
@@ -24,18 +40,24 @@ class BootSleep {
 
   private:
     void elapse() {
-        isOver_.setEnabled(false);
+        stop();
         wait_.end();
     }
 
     void cancel() {
-        isOver_.setEnabled(false);
+        stop();
         end_ = SleepEnd::cancelled;
+    }
+
+    void stop() {
+        awakeTimer_.stop();
+        if (isOver_) isOver_->setEnabled(false);
     }
 
     FileDescriptor timer_;
     SleepEnd end_ = SleepEnd::elapsed;
-    QSocketNotifier isOver_;
+    std::optional<QSocketNotifier> isOver_;
+    QTimer awakeTimer_;  // where no descriptor can be had
     EventLoopWait wait_{[this] { cancel(); }};
 };
 
@@ -43,9 +65,7 @@ class BootSleep {
 
 QCoro::Task<SleepEnd> sleepFor(std::chrono::milliseconds time) {
     if (QCoreApplication::instance() == nullptr) co_return SleepEnd::cancelled;
-    tl::expected<FileDescriptor, std::error_code> timer = startBootTimer(time);
-    if (!timer) co_return SleepEnd::cancelled;
-    BootSleep sleep(*std::move(timer));
+    BootSleep sleep(time);
     const EventLoopWait::End end(sleep.wait());
     co_await end;
     co_return sleep.end();

@@ -20,6 +20,7 @@ using std::chrono::milliseconds;
 using test::openDescriptors;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+using ::testing::UnorderedElementsAre;
 
 class BootSleepTest : public test::ApplicationTest {
   protected:
@@ -146,7 +147,7 @@ TEST_F(BootSleepTest, ItsTimerIsClosedOnExecAndCountsOnDuringSleep) {
     EXPECT_TRUE(eventually([&] { return !ended_.empty(); }));
 }
 
-TEST_F(BootSleepTest, WithoutATimerItIsCancelled) {
+TEST_F(BootSleepTest, WithoutADescriptorItSleepsAllTheSame) {
     start(1, milliseconds(0));
     ASSERT_TRUE(eventually([&] { return !ended_.empty(); }));
     ended_.clear();
@@ -154,9 +155,15 @@ TEST_F(BootSleepTest, WithoutATimerItIsCancelled) {
     ::getrlimit(RLIMIT_NOFILE, &former);
     const rlimit none{.rlim_cur = STDERR_FILENO + 1, .rlim_max = former.rlim_max};
     ::setrlimit(RLIMIT_NOFILE, &none);
-    start(1, milliseconds(0));
+    start(1, milliseconds(20));
+    start(2, milliseconds::max());
+    start(3, milliseconds::min());
     ::setrlimit(RLIMIT_NOFILE, &former);
-    EXPECT_THAT(ended_, ElementsAre(Ended{1, SleepEnd::cancelled}));
+    ASSERT_TRUE(eventually([&] { return ended_.size() == 2; }));
+    EXPECT_THAT(ended_,
+                UnorderedElementsAre(Ended{1, SleepEnd::elapsed}, Ended{3, SleepEnd::elapsed}));
+    application_.reset();
+    EXPECT_EQ(ended_.back(), (Ended{2, SleepEnd::cancelled}));
 }
 
 TEST_F(BootSleepTest, SignalsNeitherEndNorProlongIt) {
