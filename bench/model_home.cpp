@@ -13,8 +13,6 @@ namespace {
 constexpr int sampleCount = 300;
 constexpr double secondsBetween = 288;
 
-const std::string program = "/opt/tools/bin/brimwatch";
-
 // Rises from sample to sample; the last one stands an hour before the start.
 RecentUsageSamples samplesOfADay() {
     RecentUsageSamples samples;
@@ -32,31 +30,74 @@ RecentUsageSamples samplesOfADay() {
 
 }  // namespace
 
-ModelHome::ModelHome(std::int64_t accountCount, Histories histories)
-    : home_((std::filesystem::temp_directory_path() / "brimwatch-XXXXXX").string()),
-      commandEnvironment_{.executable = program,
-                          .installedCandidates = {},
-                          .rejectDevelopmentLocations = true,
-                          .isExecutable = [](const std::string& path) { return path == program; }} {
-    if (::mkdtemp(home_.data()) == nullptr) std::abort();
+ModelHome::ModelHome(std::int64_t accountCount, Histories histories) {
+    makeHome();
     for (std::int64_t index = 0; index < accountCount; ++index)
         makeAccount(std::to_string(index));
     writeFigures();
     if (histories == Histories::fullDay) storeHistories();
-    model_ = std::make_unique<HelperModel>(
-        HelperModel::Surroundings{.defaults = defaults_,
-                                  .files = disk_,
-                                  .home = home_,
-                                  .commandEnvironment = commandEnvironment_,
-                                  .codexEnvironment = Environment(environment_.data()),
-                                  .locale = "ko_KR",
-                                  .now = [this] { return time_.now(); },
-                                  .sleep = time_.sleeper(),
-                                  .pause = [](std::chrono::milliseconds) {},
-                                  .readCodex = {},
-                                  .findCodex = [] { return std::nullopt; },
-                                  .systemServices = std::nullopt});
+    startModel(disk_, Services::absent);
     if (model_->limits().size() != keys_.size()) std::abort();
+}
+
+ModelHome::ModelHome(std::int64_t claudeCount, std::int64_t codexCount, FileSystem& files,
+                     const MakeStore& makeStore) {
+    makeHome();
+    defaults_ = makeStore(home_);
+    for (std::int64_t index = 0; index < claudeCount; ++index)
+        makeAccount(std::to_string(index));
+    for (std::int64_t index = 1; index < codexCount; ++index) {
+        const std::string folder = joinPath(home_, ".codex-" + std::to_string(index));
+        std::filesystem::create_directories(folder);
+        std::ofstream(joinPath(folder, "auth.json")) << "{}";
+    }
+    if (codexCount == 0) defaults_->setBoolean(settings_key::codexEnabled, false);
+    writeFigures();
+    startModel(files, Services::present);
+}
+
+void ModelHome::makeHome() {
+    home_ = (std::filesystem::temp_directory_path() / "brimwatch-XXXXXX").string();
+    if (::mkdtemp(home_.data()) == nullptr) std::abort();
+}
+
+void ModelHome::startModel(FileSystem& files, Services services) {
+    HelperModel::Surroundings surroundings{
+        .defaults = *defaults_,
+        .files = files,
+        .home = home_,
+        .commandEnvironment = commandEnvironment_,
+        .codexEnvironment = Environment(environment_.data()),
+        .locale = "ko_KR",
+        .now = [this] { return time_.now(); },
+        .sleep = time_.sleeper(),
+        .pause = [](std::chrono::milliseconds) {},
+        .readCodex = [this](const std::string&, const CodexAccounts::Account&) { return answer(); },
+        .findCodex = [] { return std::optional<std::string>("/usr/bin/codex"); },
+        .systemServices = std::nullopt};
+    if (services == Services::present) {
+        surroundings.systemServices.emplace(
+            HelperModel::SystemServices{doors_, doors_, doors_, doors_});
+    }
+    model_ = std::make_unique<HelperModel>(std::move(surroundings));
+    time_.settle();
+}
+
+QCoro::Task<CodexReadResult> ModelHome::answer() {
+    CodexPoller::Reading reading;
+    reading.windows = figures();
+    reading.planType = "plus";
+    co_return CodexReadResult(reading);
+}
+
+LimitsFile::Windows ModelHome::figures() const {
+    return {{"five_hour", {used_, wholeUnixSeconds(start) + 5 * 86400}},
+            {"seven_day", {used_, wholeUnixSeconds(start) + 6 * 86400}}};
+}
+
+void ModelHome::advance(std::chrono::seconds duration) {
+    if (std::exchange(isReported_, false)) doors_.changed();
+    time_.advance(duration);
 }
 
 ModelHome::~ModelHome() {
@@ -79,16 +120,15 @@ void ModelHome::makeAccount(const std::string& name) {
 void ModelHome::writeFigures() {
     const std::int64_t now = wholeUnixSeconds(time_.now());
     for (const std::string& key : keys_) {
-        const auto written = LimitsFile::write(
-            disk_, {.provider = "claude",
-                    .account = key,
-                    .windows = {{"five_hour", {used_, wholeUnixSeconds(start) + 7200}},
-                                {"seven_day", {used_, wholeUnixSeconds(start) + 360'000}}},
-                    .planTier = std::nullopt,
-                    .minimumIntervalSeconds = 0,
-                    .mergingExisting = false,
-                    .now = instantFromUnixSeconds(static_cast<double>(now)),
-                    .folder = limitsFolder(home_)});
+        const auto written =
+            LimitsFile::write(disk_, {.provider = "claude",
+                                      .account = key,
+                                      .windows = figures(),
+                                      .planTier = std::nullopt,
+                                      .minimumIntervalSeconds = 0,
+                                      .mergingExisting = false,
+                                      .now = instantFromUnixSeconds(static_cast<double>(now)),
+                                      .folder = limitsFolder(home_)});
         if (!written) std::abort();
     }
 }
@@ -97,13 +137,14 @@ void ModelHome::storeHistories() {
     RecentUsageHistory history;
     for (const std::string& key : keys_)
         history.accounts["claude-" + key] = samplesOfADay();
-    defaults_.setJson(settings_key::recentUsageHistory, history.toJson());
+    defaults_->setJson(settings_key::recentUsageHistory, history.toJson());
 }
 
 void ModelHome::raiseFigures() {
     time_.advance(std::chrono::seconds(1));
     used_ += 0.001;
     writeFigures();
+    isReported_ = true;
 }
 
 }  // namespace brimwatch::bench

@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <ctime>
 #include <new>
 #include <string>
 #include <string_view>
@@ -19,20 +18,13 @@
 #include "platform/posix/process_ancestry.h"
 #include "platform/posix/shell_command.h"
 #include "platform/posix/standard_streams.h"
+#include "platform/posix/wall_clock.h"
 
 namespace brimwatch {
 namespace {
 
 constexpr int exitWithoutDesktop = 1;
 constexpr int exitPrivateUpdateFailure = 2;
-
-Instant wallClock() {
-    timespec time{};
-    ::clock_gettime(CLOCK_REALTIME, &time);
-    constexpr double nanosecond = 1e-9;
-    return instantFromUnixSeconds(static_cast<double>(time.tv_sec) +
-                                  static_cast<double>(time.tv_nsec) * nanosecond);
-}
 
 void runStatusLine(std::span<const std::string_view> arguments) {
     holdStandardDescriptors();

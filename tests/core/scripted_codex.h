@@ -36,6 +36,7 @@ class ScriptedCodex {
 
     // All questions so far, the answered ones included.
     const std::vector<Question>& questions() const { return questions_; }
+    void forgetQuestions() { questions_.clear(); }
     bool isAsking() const { return !open_.empty(); }
     // Answers the oldest open question.
     void answer(CodexReadResult result);
