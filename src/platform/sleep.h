@@ -9,7 +9,7 @@ namespace brimwatch {
 
 enum class SleepEnd {
     elapsed,
-    cancelled,  // the program ends, or the system gave no timer
+    cancelled,  // the program ends
 };
 
 // The time that the machine sleeps counts. A time of zero ends at the next turn of the event loop.
