@@ -50,14 +50,18 @@ struct BaseFolder {
     std::string_view belowHome;
 };
 
-std::optional<std::string> inBaseFolder(const BaseFolder& folder, std::string_view name,
-                                        const Environment& environment, FileSystem& files,
-                                        std::uint32_t userId) {
+std::optional<std::string> baseFolder(const BaseFolder& folder, const Environment& environment,
+                                      FileSystem& files, std::uint32_t userId) {
     const std::optional<std::string_view> chosen = environment.value(folder.variable);
-    if (chosen && chosen->starts_with('/')) return joinPath(*chosen, name);
+    if (chosen && chosen->starts_with('/')) return std::string(*chosen);
     const std::optional<std::string> home = realHomeFolder(environment, files, userId);
     if (!home) return std::nullopt;
-    return joinPath(joinPath(*home, folder.belowHome), name);
+    return joinPath(*home, folder.belowHome);
+}
+
+std::optional<std::string> below(const std::optional<std::string>& folder, std::string_view name) {
+    if (!folder) return std::nullopt;
+    return joinPath(*folder, name);
 }
 
 }  // namespace
@@ -142,16 +146,21 @@ std::string limitsFolder(std::string_view home) {
     return joinPath(home, ".brimwatch/limits");
 }
 
-std::optional<std::string> settingsFile(const Environment& environment, FileSystem& files,
+std::optional<std::string> configFolder(const Environment& environment, FileSystem& files,
                                         std::uint32_t userId) {
     const BaseFolder config = {.variable = "XDG_CONFIG_HOME", .belowHome = ".config"};
-    return inBaseFolder(config, "brimwatch/settings.json", environment, files, userId);
+    return baseFolder(config, environment, files, userId);
+}
+
+std::optional<std::string> settingsFile(const Environment& environment, FileSystem& files,
+                                        std::uint32_t userId) {
+    return below(configFolder(environment, files, userId), "brimwatch/settings.json");
 }
 
 std::optional<std::string> stateFolder(const Environment& environment, FileSystem& files,
                                        std::uint32_t userId) {
     const BaseFolder state = {.variable = "XDG_STATE_HOME", .belowHome = ".local/state"};
-    return inBaseFolder(state, "brimwatch", environment, files, userId);
+    return below(baseFolder(state, environment, files, userId), "brimwatch");
 }
 
 }  // namespace brimwatch

@@ -43,9 +43,13 @@ std::optional<std::string> homeFolder(const Environment& environment, FileSystem
 // Where limits files lie below a home folder.
 std::string limitsFolder(std::string_view home);
 
-// The file of the user's choices: `$XDG_CONFIG_HOME/brimwatch/settings.json`, with `~/.config`
-// where the variable is unset or relative (XDG Base Directory Specification). It does not follow
+// Where every program keeps what its user chose: `$XDG_CONFIG_HOME`, or `~/.config` where the
+// variable is unset or relative (XDG Base Directory Specification). It does not follow
 // `BRIMWATCH_HOME`.
+std::optional<std::string> configFolder(const Environment& environment, FileSystem& files,
+                                        std::uint32_t userId);
+
+// The file of the user's choices: `brimwatch/settings.json` in that folder.
 std::optional<std::string> settingsFile(const Environment& environment, FileSystem& files,
                                         std::uint32_t userId);
 

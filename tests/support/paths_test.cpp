@@ -21,6 +21,7 @@ class PathsOnDisk : public ::testing::Test {
     PosixFileSystem files_;
 };
 using HomeFolder = PathsOnDisk;
+using ConfigFolder = PathsOnDisk;
 using SettingsFile = PathsOnDisk;
 using StateFolder = PathsOnDisk;
 
@@ -111,6 +112,22 @@ TEST_F(HomeFolder, IsNowhereForAUserWithoutOne) {
     test::ScriptedFileSystem failing(files_);
     failing.failAtStep(0, std::errc::permission_denied);
     EXPECT_EQ(homeFolder(environment.view(), failing, rootUser), std::nullopt);
+}
+
+TEST_F(ConfigFolder, IsTheChosenOneOrThatOfTheRealHome) {
+    test::EnvironmentList environment = {
+        {"XDG_CONFIG_HOME", "/c"}, {"HOME", "/h"}, {"BRIMWATCH_HOME", "/moved"}};
+    EXPECT_EQ(configFolder(environment.view(), files_, rootUser), "/c");
+    for (const char* value : {"", "relative"}) {
+        environment.set("XDG_CONFIG_HOME", value);
+        EXPECT_EQ(configFolder(environment.view(), files_, rootUser), "/h/.config");
+    }
+}
+
+TEST_F(ConfigFolder, IsNowhereWithoutAHome) {
+    const test::EnvironmentList environment = {{"X", "y"}};
+    EXPECT_EQ(configFolder(environment.view(), files_, unknownUser), std::nullopt);
+    EXPECT_EQ(settingsFile(environment.view(), files_, unknownUser), std::nullopt);
 }
 
 TEST_F(SettingsFile, LiesInTheConfigurationFolder) {
