@@ -1,5 +1,6 @@
 #include "platform/linux/preferences_file.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "support/json_reader.h"
@@ -16,6 +17,13 @@ std::optional<JsonObject> objectIn(const StoredFile& file) {
     return file.bytes ? parseJsonObject(*file.bytes) : std::nullopt;
 }
 
+// Without line breaks where they would make it too large: so no object that could be read is.
+std::string fileText(const JsonObject& object) {
+    std::string text = writeJson(object, JsonLayout::pretty) + '\n';
+    if (text.size() > preferencesSizeLimit) text = writeJson(object, JsonLayout::compact);
+    return text;
+}
+
 }  // namespace
 
 PreferencesFile::PreferencesFile(FileSystem& files, std::string path, std::string lockPath)
@@ -25,24 +33,25 @@ PreferencesFile::PreferencesFile(FileSystem& files, std::string path, std::strin
 }
 
 std::optional<JsonValue> PreferencesFile::value(std::string_view key) const {
-    const auto change = unwritten_.find(key);
-    if (change != unwritten_.end()) return change->second;
+    const auto change = findUnwritten(key);
+    if (change != unwritten_.end()) return change->value;
     const JsonValue* value = known_.find(key);
     return value != nullptr ? std::optional(*value) : std::nullopt;
 }
 
 FileResult<void> PreferencesFile::change(std::string_view key, std::optional<JsonValue> value) {
-    unwritten_.insert_or_assign(std::string(key), std::move(value));
+    const auto former = findUnwritten(key);
+    if (former != unwritten_.end()) unwritten_.erase(former);
+    unwritten_.insert(unwritten_.begin(), {std::string(key), std::move(value)});
     const FileResult<void> written = write();
-    hasFailed_ = !written;
+    if (written && findUnwritten(key) != unwritten_.end()) {
+        return tl::unexpected(std::make_error_code(std::errc::file_too_large));
+    }
     return written;
 }
 
 FileResult<void> PreferencesFile::flush() {
-    if (!hasFailed_) return {};
-    const FileResult<void> written = write();
-    hasFailed_ = !written;
-    return written;
+    return hasFailed_ ? write() : FileResult<void>();
 }
 
 FileResult<void> PreferencesFile::write() {
@@ -54,6 +63,7 @@ FileResult<void> PreferencesFile::write() {
         written = writeOnce();
         if (written || written.error() != std::errc::resource_unavailable_try_again) break;
     }
+    hasFailed_ = !written;
     return written;
 }
 
@@ -72,10 +82,6 @@ FileResult<void> PreferencesFile::writeOnce() {
 }
 
 FileResult<void> PreferencesFile::replace(const StoredFile& former, const JsonObject& next) {
-    const std::string text = writeJson(next, JsonLayout::pretty) + '\n';
-    if (text.size() > preferencesSizeLimit) {
-        return tl::unexpected(std::make_error_code(std::errc::file_too_large));
-    }
     const std::string folder = parentPath(former.target);
     if (const FileResult<void> made = files_.makeFolders(folder); !made) return made;
     files_.removeAbandonedTemporaries(folder);
@@ -84,7 +90,7 @@ FileResult<void> PreferencesFile::replace(const StoredFile& former, const JsonOb
         const FileResult<void> kept = keepDamagedFile(files_, path_, former, options);
         if (!kept) return kept;
     }
-    const auto file = prepareReplacement(files_, former.target, text, options);
+    const auto file = prepareReplacement(files_, former.target, fileText(next), options);
     if (!file) return tl::unexpected(file.error());
     if (readStoredFile(files_, path_, preferencesSizeLimit) != former) {
         const auto changed = std::make_error_code(std::errc::resource_unavailable_try_again);
@@ -94,19 +100,30 @@ FileResult<void> PreferencesFile::replace(const StoredFile& former, const JsonOb
 }
 
 JsonObject PreferencesFile::changed(JsonObject object) const {
-    for (const auto& [key, value] : unwritten_) {
-        if (value) {
-            object.set(key, *value);
+    for (const Change& change : unwritten_) {
+        JsonObject next = object;
+        if (change.value) {
+            next.set(change.key, *change.value);
         } else {
-            object.remove(key);
+            next.remove(change.key);
         }
+        if (fileText(next).size() <= preferencesSizeLimit) object = std::move(next);
     }
     return object;
 }
 
 void PreferencesFile::settle(JsonObject stored) {
     known_ = std::move(stored);
-    unwritten_.clear();
+    std::erase_if(unwritten_, [this](const Change& change) {
+        const JsonValue* value = known_.find(change.key);
+        return change.value ? value != nullptr && *value == *change.value : value == nullptr;
+    });
+}
+
+std::vector<PreferencesFile::Change>::const_iterator PreferencesFile::findUnwritten(
+    std::string_view key) const {
+    return std::find_if(unwritten_.begin(), unwritten_.end(),
+                        [key](const Change& change) { return change.key == key; });
 }
 
 }  // namespace brimwatch

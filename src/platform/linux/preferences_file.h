@@ -10,10 +10,10 @@
 #pragma once
 
 #include <cstddef>
-#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "support/file_system.h"
 #include "support/json_value.h"
@@ -31,23 +31,30 @@ class PreferencesFile {
 
     std::optional<JsonValue> value(std::string_view key) const;
     // Waits for the disk. Without a value the key is removed. On failure the change holds for this
-    // object and is tried again with the next one.
+    // object and is tried again with the next one. One that would make the file too large fails
+    // alone; later ones come first.
     FileResult<void> change(std::string_view key, std::optional<JsonValue> value);
-    // Tries again what failed.
+    // Tries again what failed, unless it was too large.
     FileResult<void> flush();
 
   private:
+    struct Change {
+        std::string key;
+        std::optional<JsonValue> value;
+    };
+
     FileResult<void> write();
     FileResult<void> writeOnce();
     FileResult<void> replace(const StoredFile& former, const JsonObject& next);
     JsonObject changed(JsonObject object) const;
     void settle(JsonObject stored);
+    std::vector<Change>::const_iterator findUnwritten(std::string_view key) const;
 
     FileSystem& files_;
     std::string path_;
     std::string lockPath_;
     JsonObject known_;
-    std::map<std::string, std::optional<JsonValue>, std::less<>> unwritten_;
+    std::vector<Change> unwritten_;  // one a key, the latest first
     bool hasFailed_ = false;
 };
 

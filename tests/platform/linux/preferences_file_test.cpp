@@ -209,6 +209,62 @@ TEST_F(PreferencesFileTest, AFileThatIsTooLargeIsKeptAndNoneIsWritten) {
     EXPECT_EQ(parseJsonObject(stored()), parseJsonObject(R"({"b":true,"c":"x"})"));
 }
 
+TEST_F(PreferencesFileTest, AChangeThatIsTooLargeFailsAloneAndHoldsForThisObject) {
+    store(R"({"a":1})");
+    const JsonValue large(std::string(preferencesSizeLimit, 'x'));
+    PreferencesFile file = opened();
+    EXPECT_EQ(file.change("m", large).error(), std::errc::file_too_large);
+    EXPECT_EQ(file.change("m", large).error(), std::errc::file_too_large);
+    EXPECT_EQ(stored(), R"({"a":1})");
+    EXPECT_TRUE(file.change("b", true));
+    EXPECT_TRUE(file.change("z", true));
+    EXPECT_TRUE(file.change("a", std::nullopt));
+    EXPECT_EQ(parseJsonObject(stored()), parseJsonObject(R"({"b":true,"z":true})"));
+    EXPECT_EQ(file.value("m"), large);
+    EXPECT_TRUE(file.flush());
+    EXPECT_EQ(opened().value("m"), std::nullopt);
+}
+
+TEST_F(PreferencesFileTest, AChangeThatWasTooLargeIsWrittenOnceThereIsRoom) {
+    const JsonValue half(std::string(preferencesSizeLimit / 2, 'x'));
+    PreferencesFile file = opened();
+    EXPECT_TRUE(file.change("m", half));
+    EXPECT_FALSE(file.change("a", half));
+    EXPECT_TRUE(file.change("m", std::nullopt));
+    EXPECT_EQ(opened().value("a"), half);
+    EXPECT_TRUE(file.change("b", true));
+    EXPECT_EQ(opened().value("a"), half);
+}
+
+TEST_F(PreferencesFileTest, ALaterChangeComesBeforeOneThatWasTooLarge) {
+    const JsonValue half(std::string(preferencesSizeLimit / 2, 'x'));
+    PreferencesFile file = opened();
+    EXPECT_TRUE(file.change("m", half));
+    EXPECT_FALSE(file.change("a", half));
+    store("{}");
+    EXPECT_TRUE(file.change("b", half));
+    EXPECT_EQ(opened().value("b"), half);
+    EXPECT_EQ(opened().value("a"), std::nullopt);
+    EXPECT_EQ(file.value("a"), half);
+}
+
+TEST_F(PreferencesFileTest, AFileThatLineBreaksWouldMakeTooLargeIsWrittenWithoutThem) {
+    std::string text = R"({"many":[0)";
+    while (text.size() < preferencesSizeLimit - 100)
+        text += ",1234567890123456789";
+    text += R"(],"z":1)";
+    text.append(preferencesSizeLimit - text.size() - 1, '1') += '}';
+    store(text);
+    PreferencesFile file = opened();
+    EXPECT_EQ(file.change("b", true).error(), std::errc::file_too_large);
+    EXPECT_EQ(stored(), text);
+    EXPECT_TRUE(file.change("z", JsonNumber{"2"}));
+    JsonObject expected = *parseJsonObject(text);
+    expected.set("b", true);
+    expected.set("z", JsonNumber{"2"});
+    EXPECT_TRUE(parseJsonObject(stored()) == expected);
+}
+
 TEST_F(PreferencesFileTest, IsWrittenThroughASymbolicLinkWithItsMode) {
     const std::string target = folder_.file("dotfiles/brimwatch.json");
     test::writeFile(target, R"({"a":1})");
