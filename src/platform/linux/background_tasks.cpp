@@ -25,6 +25,14 @@ void BackgroundTasks::submit(const std::string& name, Task task) {
     changed_.notify_all();
 }
 
+void BackgroundTasks::retry() {
+    {
+        const std::lock_guard lock(mutex_);
+        isRequested_ = true;
+    }
+    changed_.notify_all();
+}
+
 FileResult<void> BackgroundTasks::flush() {
     std::unique_lock lock(mutex_);
     isRequested_ = true;

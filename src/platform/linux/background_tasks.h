@@ -1,7 +1,7 @@
 // Work that nobody waits for, on a thread of its own: of each name only the latest task counts.
 //
-// A task that failed is tried again when the next one is submitted, and by `flush`. The methods
-// belong to one thread.
+// A task that failed is tried again when the next one is submitted, by `retry` and by `flush`. The
+// methods belong to one thread.
 #pragma once
 
 #include <condition_variable>
@@ -27,6 +27,7 @@ class BackgroundTasks {
 
     // In place of a task of that name that has not begun.
     void submit(const std::string& name, Task task);
+    void retry();
     // Waits until every task was tried; a failure of one of them.
     FileResult<void> flush();
 

@@ -33,8 +33,12 @@ FileResult<void> JsonSettingsStore::flush() {
 }
 
 FileResult<void> JsonSettingsStore::change(std::string_view key, std::optional<JsonValue> value) {
-    return state_.has(key) ? state_.change(key, std::move(value))
-                           : preferences_.change(key, std::move(value));
+    if (state_.has(key)) {
+        static_cast<void>(preferences_.flush());
+        return state_.change(key, std::move(value));
+    }
+    state_.retry();
+    return preferences_.change(key, std::move(value));
 }
 
 }  // namespace brimwatch

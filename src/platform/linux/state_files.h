@@ -34,12 +34,15 @@ class StateFiles {
     // Without a value the file is removed. Fails only for a value that is too large to be stored,
     // which then holds for this object alone.
     FileResult<void> change(std::string_view key, std::optional<JsonValue> value);
+    // Tries again what failed.
+    void retry() { tasks_.retry(); }
     // Waits until everything was tried, and tells whether it is written.
     FileResult<void> flush() { return tasks_.flush(); }
 
   private:
     struct Entry {
         std::optional<JsonValue> value;
+        bool isTooLarge = false;
         // Whether the file still holds what could not be taken in. Of the tasks, once they begin.
         std::shared_ptr<bool> holdsUnread;
     };

@@ -7,6 +7,8 @@
 #include <memory>
 #include <vector>
 
+#include "harness/process.h"
+
 namespace brimwatch {
 namespace {
 
@@ -81,6 +83,23 @@ TEST(BackgroundTasks, WhatFailedIsToldAndTriedAgainWithTheNextTask) {
     gate.waitUntilEntered();
     EXPECT_EQ(written, 1);
     gate.open();
+    EXPECT_TRUE(tasks.flush());
+    EXPECT_EQ(written, 1);
+}
+
+TEST(BackgroundTasks, WhatFailedIsTriedAgainOnDemandWithoutWaiting) {
+    std::atomic<bool> isFull = true;
+    std::atomic<int> written = 0;
+    BackgroundTasks tasks;
+    tasks.submit("a", [&]() -> FileResult<void> {
+        if (isFull) return failure();
+        ++written;
+        return {};
+    });
+    EXPECT_FALSE(tasks.flush());
+    isFull = false;
+    tasks.retry();
+    EXPECT_TRUE(test::eventually([&] { return written == 1; }));
     EXPECT_TRUE(tasks.flush());
     EXPECT_EQ(written, 1);
 }

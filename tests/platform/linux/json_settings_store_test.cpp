@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "harness/process.h"
 #include "platform/linux/settings_folders.h"
 
 namespace brimwatch {
@@ -149,6 +150,25 @@ TEST_F(SettingsStoreTest, AWriteThatFailsHoldsForThisRunAndIsTriedAgainByFlush) 
         EXPECT_TRUE(store.flush());
         EXPECT_EQ(opened().string(name), "dark");
     }
+}
+
+TEST_F(SettingsStoreTest, WhatTheUserChoseAndCouldNotBeWrittenIsTriedAgainWhenTheProgramLearns) {
+    test::writeFile(folder_.file("config"), "no folder");
+    JsonSettingsStore store = opened();
+    EXPECT_FALSE(store.setString(key::appTheme, "dark"));
+    std::filesystem::remove(folder_.file("config"));
+    EXPECT_TRUE(store.setString(key::macID, "id"));
+    EXPECT_EQ(opened().string(key::appTheme), "dark");
+}
+
+TEST_F(SettingsStoreTest, WhatWasLearntAndCouldNotBeWrittenIsTriedAgainWhenTheUserChooses) {
+    test::writeFile(folder_.file("state"), "no folder");
+    JsonSettingsStore store = opened();
+    EXPECT_TRUE(store.setString(key::macID, "id"));
+    EXPECT_FALSE(store.flush());
+    std::filesystem::remove(folder_.file("state"));
+    EXPECT_TRUE(store.setString(key::appTheme, "dark"));
+    EXPECT_TRUE(test::eventually([&] { return opened().string(key::macID) == "id"; }));
 }
 
 TEST_F(SettingsStoreTest, FilesAreForTheUserAlone) {
