@@ -64,8 +64,9 @@ class SettingsStore {
     FileResult<void> setStrings(std::string_view key, const std::vector<std::string>& value);
     FileResult<void> setDictionary(std::string_view key, const Dictionary& value);
     // Success: what the user chose is on the disk, what the program learnt is on its way there. A
-    // value that failed to reach the disk is tried again with the next change of either kind. If
-    // the stored value is equal already, nothing is written.
+    // value that failed to reach the disk is tried again with the next change of either kind. One
+    // that is too large to be stored fails alone, and holds for this run. If the stored value is
+    // equal already, nothing is written.
     virtual FileResult<void> setJson(std::string_view key, JsonValue value) = 0;
     virtual FileResult<void> remove(std::string_view key) = 0;
 

@@ -67,11 +67,12 @@ std::optional<JsonValue> StateFiles::value(std::string_view key) const {
 
 FileResult<void> StateFiles::change(std::string_view key, std::optional<JsonValue> value) {
     Entry& entry = entries_.find(key)->second;
-    if (entry.value == value) return {};
+    if (entry.value == value && !entry.isTooLarge) return {};
     entry.value = std::move(value);
     StateChange change{.path = path(key), .bytes = {}};
     if (entry.value) change.bytes = writeJson(*entry.value, JsonLayout::compact);
-    if (change.bytes && change.bytes->size() > stateFileSizeLimit) {
+    entry.isTooLarge = change.bytes && change.bytes->size() > stateFileSizeLimit;
+    if (entry.isTooLarge) {
         return tl::unexpected(std::make_error_code(std::errc::file_too_large));
     }
     tasks_.submit(std::string(key),

@@ -156,6 +156,21 @@ TEST_F(StateFilesTest, ATooLargeFileIsAbsentAndKeptAndNoneIsWritten) {
     EXPECT_EQ(test::readFile(keptMemory_), large);
 }
 
+TEST_F(StateFilesTest, AValueThatIsTooLargeFailsEachTimeAndHoldsForThisObject) {
+    test::writeFile(memory_, "1");
+    const JsonValue large(std::string(stateFileSizeLimit, 'x'));
+    StateFiles state = opened();
+    EXPECT_EQ(state.change("memory", large).error(), std::errc::file_too_large);
+    EXPECT_EQ(state.change("memory", large).error(), std::errc::file_too_large);
+    EXPECT_TRUE(state.change("id", "id"));
+    EXPECT_TRUE(state.flush());
+    EXPECT_TRUE(state.value("memory") == large);
+    EXPECT_EQ(test::readFile(memory_), "1");
+    EXPECT_EQ(test::readFile(state_ + "/id.json"), "\"id\"");
+    EXPECT_TRUE(state.change("memory", JsonNumber{"1"}));
+    EXPECT_TRUE(state.change("memory", JsonNumber{"1"}));
+}
+
 TEST_F(StateFilesTest, AFailureAtAnyStepLeavesTheOldFileOrTheNewOneAndIsMadeUpFor) {
     for (const std::errc error : test::diskErrors) {
         bool failed = true;
