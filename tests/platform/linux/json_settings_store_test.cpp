@@ -25,6 +25,7 @@ const std::vector<std::string_view> lists = {key::claudeManualDirectories, key::
 const std::vector<std::string_view> strings = {key::usageDisplay, key::appTheme, key::macID};
 const std::vector<std::string_view> documents = {key::claudeAutoConnect, key::codexAccounts,
                                                  key::limitsMemory, key::recentUsageHistory};
+const std::vector<std::string_view> others = {key::recentUsagePeriod, key::usageNames};
 
 TEST_F(SettingsStoreTest, EveryKeyIsAbsentAtFirstAndLookingMakesNoFile) {
     const JsonSettingsStore store = opened();
@@ -70,6 +71,28 @@ TEST_F(SettingsStoreTest, EveryKeyComesBackWithItsTypeInTheNextRun) {
         EXPECT_EQ(store.json(name), document) << name;
     EXPECT_EQ(store.integer(key::recentUsagePeriod), 6);
     EXPECT_EQ(store.dictionary(key::usageNames), names);
+}
+
+// Files of an earlier version have to be understood.
+TEST_F(SettingsStoreTest, KeysKeepTheirNames) {
+    {
+        JsonSettingsStore store = opened();
+        for (const auto& group : {booleans, lists, strings, documents, others}) {
+            for (const auto name : group)
+                EXPECT_TRUE(store.setBoolean(name, true));
+        }
+    }
+    const JsonObject file = parseJsonObject(stored()).value_or(JsonObject());
+    std::vector<std::string> chosen;
+    for (const JsonMember& member : file.members())
+        chosen.push_back(member.key);
+    EXPECT_THAT(
+        chosen,
+        ElementsAre("appTheme", "claudeAutoConnect", "claudeManualDirectories", "claudeUsagePaused",
+                    "cloudEnabled", "codexAccounts", "codexEnabled", "menuOrder", "phoneLinkPaused",
+                    "recentUsagePeriod", "setupDone", "usageDisplay", "usageNames"));
+    EXPECT_THAT(names(state_), ElementsAre(".settings.lock", "limitsMemory.json", "macID.json",
+                                           "recentUsageHistory.json"));
 }
 
 TEST_F(SettingsStoreTest, AValueOfAnotherTypeCountsAsAbsent) {
