@@ -4,6 +4,7 @@
 #include <poll.h>
 
 #include <chrono>
+#include <ctime>
 
 namespace brimwatch {
 namespace {
@@ -15,11 +16,20 @@ bool isOverWithin(const FileDescriptor& timer, milliseconds time) {
     return ::poll(&entry, 1, static_cast<int>(time.count())) == 1;
 }
 
-TEST(BootTimer, IsOverWhenItsTimeIs) {
-    const auto timer = startBootTimer(milliseconds(1050));
-    ASSERT_TRUE(timer);
-    EXPECT_FALSE(isOverWithin(*timer, milliseconds(500)));
-    EXPECT_TRUE(isOverWithin(*timer, milliseconds(10'000)));
+std::chrono::nanoseconds bootTime() {
+    timespec now{};
+    ::clock_gettime(CLOCK_BOOTTIME, &now);
+    return std::chrono::seconds(now.tv_sec) + std::chrono::nanoseconds(now.tv_nsec);
+}
+
+TEST(BootTimer, IsOverWhenItsTimeIsAndNotBefore) {
+    for (const milliseconds time : {milliseconds(50), milliseconds(1050)}) {
+        const std::chrono::nanoseconds start = bootTime();
+        const auto timer = startBootTimer(time);
+        ASSERT_TRUE(timer);
+        EXPECT_TRUE(isOverWithin(*timer, milliseconds(10'000)));
+        EXPECT_GE(bootTime() - start, time);
+    }
 }
 
 TEST(BootTimer, NoTimeIsOverAtOnce) {
