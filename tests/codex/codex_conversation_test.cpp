@@ -15,6 +15,7 @@ namespace {
 
 using Failure = CodexPoller::Failure;
 
+constexpr std::size_t eightMegabytes = std::size_t{8} << 20U;
 constexpr const char* greeting =
     R"({"id":1,"method":"initialize","params":{"clientInfo":{"name":"brimwatch","title":"Brimwatch?","version":"1.0"}}})"
     "\n";
@@ -167,10 +168,22 @@ TEST(CodexConversation, TheOutcomeStays) {
 TEST(CodexConversation, ALineWithoutEndIsBounded) {
     CodexConversation conversation;
     const std::string piece(1U << 20U, 'x');
-    for (int count = 0; count < 100 && !conversation.outcome(); ++count) {
+    for (std::size_t taken = 0; taken < eightMegabytes; taken += piece.size()) {
         static_cast<void>(conversation.receive(piece));
+        EXPECT_FALSE(conversation.outcome());
     }
+    static_cast<void>(conversation.receive("x"));
     EXPECT_EQ(failureOf(conversation), (Failure{Failure::Kind::server, "codex app-server 오류"}));
+}
+
+TEST(CodexConversation, AnAnswerIsTakenUpToTheBoundAndNotBeyond) {
+    std::string longest(answer);
+    longest.insert(longest.size() - 1, eightMegabytes - (longest.size() - 1), ' ');
+    CodexConversation conversation;
+    static_cast<void>(conversation.receive(longest));
+    EXPECT_TRUE(isReading(conversation));
+    longest.insert(longest.size() - 1, 1, ' ');
+    EXPECT_EQ(failureAfter(longest), (Failure{Failure::Kind::server, "codex app-server 오류"}));
 }
 
 TEST(CodexConversation, ManyShortLinesAreNoLongLine) {

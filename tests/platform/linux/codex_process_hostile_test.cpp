@@ -11,6 +11,7 @@
 #include <cerrno>
 
 #include "codex_process_fixture.h"
+#include "harness/process.h"
 #include "platform/posix/ignored_signals.h"
 
 namespace brimwatch {
@@ -66,6 +67,35 @@ TEST_F(CodexProcess, AServerThatTakesItsTimeToEndIsNotWaitedFor) {
     EXPECT_TRUE(isReading(read(std::string("drain\n") + greet + takeQuestion + answer + "wait")));
     EXPECT_TRUE(test::hasChild());
     EXPECT_TRUE(eventually([] { return !test::hasChild(); }));
+}
+
+// The server has said both before the first of it is looked at.
+TEST_F(CodexProcess, AFailedWriteIsTheOutcomeThoughAnAnswerLiesReady) {
+    std::optional<CodexReadResult> result;
+    readInto(request(std::string("close-input\nsay {\"id\":1}\n") + answer + "describe\nwait"),
+             &result);
+    ASSERT_TRUE(test::eventually([&] { return notes().size() > 1; }));
+    ASSERT_TRUE(eventually([&] { return result.has_value(); }));
+    EXPECT_EQ(failureOf(*result), systemFailure(EPIPE));
+}
+
+TEST_F(CodexProcess, NothingOfAReadStaysWithTheApplication) {
+    const qsizetype objects = application_->children().size();
+    EXPECT_TRUE(isReading(read(std::string("drain\n") + greet + takeQuestion + answer + "wait")));
+    EXPECT_TRUE(eventually([&] { return application_->children().size() == objects; }));
+}
+
+// The system takes over what has not ended yet; here that is this test.
+TEST_F(CodexProcess, AProgramThatEndsDoesNotWaitForAServerThatIsAboutTo) {
+    const std::set<int> before = openDescriptors();
+    EXPECT_TRUE(isReading(
+        read(std::string("ignore-end\n") + greet + takeQuestion + answer + "wait\nwait")));
+    const pid_t child = server();
+    application_.reset();
+    EXPECT_EQ(openDescriptors(), before);
+    EXPECT_EQ(::waitpid(child, nullptr, WNOHANG), 0);
+    ::kill(child, SIGKILL);
+    EXPECT_EQ(::waitpid(child, nullptr, 0), child);
 }
 
 TEST_F(CodexProcess, AStoppedServerIsEndedToo) {

@@ -25,6 +25,7 @@ using test::systemFailure;
 using test::takeQuestion;
 using ::testing::Contains;
 using ::testing::ElementsAre;
+using ::testing::Not;
 
 TEST_F(CodexProcess, GivesTheReading) {
     EXPECT_TRUE(isReading(readAnswerAfter("")));
@@ -147,20 +148,25 @@ TEST_F(CodexProcess, AFailedWriteIsAnErrorOfTheSystemAndNoSignalEndsTheProgram) 
 
 TEST_F(CodexProcess, TheAccountFolderIsItsHomeAndItsWorkingFolder) {
     environment_.set("CODEX_HOME", "/elsewhere");
-    ASSERT_TRUE(isReading(readAnswerAfter("describe\n")));
+    environment_.set("CODEX_HOMES", "more");
+    ASSERT_TRUE(
+        isReading(readAnswerAfter("describe\nvariable CODEX_HOME\nvariable CODEX_HOMES\n")));
     EXPECT_THAT(notes(), Contains("argument app-server"));
     EXPECT_THAT(notes(), Contains("folder " + folder_.path()));
-    EXPECT_THAT(notes(), Contains("CODEX_HOME " + folder_.path()));
+    EXPECT_THAT(notes(), Contains("CODEX_HOME=" + folder_.path()));
+    EXPECT_THAT(notes(), Not(Contains("CODEX_HOME=/elsewhere")));
+    EXPECT_THAT(notes(), Contains("CODEX_HOMES=more"));
     EXPECT_THAT(notes(), Contains("error output /dev/null"));
 }
 
 TEST_F(CodexProcess, WithoutAnAccountFolderEverythingIsInherited) {
     environment_.set("CODEX_HOME", "/elsewhere");
-    CodexReadRequest plain = request(std::string("describe\n") + greet + takeQuestion + answer);
+    CodexReadRequest plain =
+        request(std::string("describe\nvariable CODEX_HOME\n") + greet + takeQuestion + answer);
     plain.accountFolder.reset();
     ASSERT_TRUE(isReading(QCoro::waitFor(readCodex(plain))));
     EXPECT_THAT(notes(), Contains("folder " + std::filesystem::current_path().string()));
-    EXPECT_THAT(notes(), Contains("CODEX_HOME /elsewhere"));
+    EXPECT_THAT(notes(), Contains("CODEX_HOME=/elsewhere"));
 }
 
 TEST_F(CodexProcess, AChattyServerFillsNoPipe) {

@@ -3,7 +3,8 @@
 //   say TEXT        prints the text as a line
 //   fill BYTES      prints that many bytes without a line feed
 //   flood           prints lines until nobody reads them or it is ended
-//   describe        notes its arguments, its folder, CODEX_HOME and where standard error goes
+//   describe        notes its arguments, its folder and where standard error goes
+//   variable NAME   notes a variable of its environment, each time that it stands there
 //   signals         notes whether SIGPIPE has its default action
 //   close-input, close-output
 //   chatter BYTES   writes that many bytes to standard error
@@ -23,6 +24,7 @@
 #include <iostream>
 #include <sstream>
 #include <string>
+#include <string_view>
 
 namespace {
 
@@ -37,9 +39,13 @@ void describe(int count, char** arguments) {
     for (int index = 1; index < count; ++index)
         note(std::string("argument ") + arguments[index]);
     note("folder " + std::filesystem::current_path().string());
-    const char* home = std::getenv("CODEX_HOME");
-    note(home == nullptr ? "no CODEX_HOME" : std::string("CODEX_HOME ") + home);
     note("error output " + std::filesystem::read_symlink("/proc/self/fd/2").string());
+}
+
+void noteVariable(const std::string& name) {
+    for (const char* const* entry = environ; *entry != nullptr; ++entry) {
+        if (std::string_view(*entry).starts_with(name + '=')) note(*entry);
+    }
 }
 
 void noteSignals() {
@@ -82,6 +88,7 @@ void carryOut(const std::string& command, const std::string& operand) {
     if (command == "say") std::cout << operand << std::endl;
     if (command == "fill") fill(std::stoul(operand), STDOUT_FILENO);
     if (command == "flood") flood();
+    if (command == "variable") noteVariable(operand);
     if (command == "signals") noteSignals();
     if (command == "close-input") ::close(STDIN_FILENO);
     if (command == "close-output") ::close(STDOUT_FILENO);
