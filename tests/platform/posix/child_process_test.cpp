@@ -2,10 +2,13 @@
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <array>
 #include <cerrno>
 #include <csignal>
+#include <ctime>
+#include <string>
 
 #include "harness/environment_list.h"
 #include "harness/process.h"
@@ -15,6 +18,12 @@ namespace brimwatch {
 namespace {
 
 using test::eventually;
+
+bool isBlocked(int signal) {
+    sigset_t mask;
+    ::pthread_sigmask(SIG_BLOCK, nullptr, &mask);
+    return ::sigismember(&mask, signal) == 1;
+}
 
 class ChildProcessTest : public ::testing::Test {
   protected:
@@ -85,6 +94,46 @@ TEST_F(ChildProcessTest, AClosedInputIsAnErrorWithoutASignal) {
     EXPECT_EQ(child.write("x"), std::errc::broken_pipe);
     child.terminate();
     expectReaped(child);
+}
+
+TEST_F(ChildProcessTest, AWriteLeavesTheSignalsOfTheThreadAsTheyWere) {
+    sigset_t pipeSignal;
+    ::sigemptyset(&pipeSignal);
+    ::sigaddset(&pipeSignal, SIGPIPE);
+    ChildProcess child = launch("exec <&-; echo closed; exec sleep 60");
+    std::array<char, 10> buffer{};
+    ASSERT_TRUE(eventually([&] { return child.read(buffer).has_value(); }));
+    EXPECT_TRUE(child.write("x"));
+    EXPECT_FALSE(isBlocked(SIGPIPE));
+    ::pthread_sigmask(SIG_BLOCK, &pipeSignal, nullptr);
+    ::raise(SIGPIPE);
+    EXPECT_TRUE(child.write("x"));
+    EXPECT_TRUE(isBlocked(SIGPIPE));
+    const timespec atOnce{};
+    EXPECT_EQ(::sigtimedwait(&pipeSignal, nullptr, &atOnce), SIGPIPE);
+    ::pthread_sigmask(SIG_UNBLOCK, &pipeSignal, nullptr);
+    child.terminate();
+    expectReaped(child);
+}
+
+TEST_F(ChildProcessTest, AnInterruptFromTheTerminalDoesNotReachTheChild) {
+    ChildProcess child = launch("echo $$; exec sleep 60");
+    std::array<char, 20> buffer{};
+    tl::expected<std::size_t, std::error_code> count;
+    ASSERT_TRUE(eventually([&] { return (count = child.read(buffer)).has_value(); }));
+    const pid_t process = std::stoi(std::string(buffer.data(), *count));
+    EXPECT_EQ(::getpgid(process), process);
+    child.terminate();
+    expectReaped(child);
+}
+
+TEST_F(ChildProcessTest, AnEndIsNoticedWhereTheSystemReapsByItself) {
+    ::signal(SIGCHLD, SIG_IGN);
+    ChildProcess child = launch("exec sleep 60");
+    EXPECT_FALSE(child.reapIfEnded());
+    child.terminate();
+    expectReaped(child);
+    ::signal(SIGCHLD, SIG_DFL);
 }
 
 TEST_F(ChildProcessTest, AStoppedChildEndsToo) {
