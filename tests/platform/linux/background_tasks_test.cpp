@@ -141,5 +141,21 @@ TEST(BackgroundTasks, AreDoneBeforeTheyAreDestroyed) {
     EXPECT_EQ(ran, 100);
 }
 
+TEST(BackgroundTasks, WhatFailedIsTriedAgainBeforeTheyAreDestroyed) {
+    std::atomic<bool> isFull = true;
+    int written = 0;
+    {
+        BackgroundTasks tasks;
+        tasks.submit("a", [&]() -> FileResult<void> {
+            if (isFull) return failure();
+            ++written;
+            return {};
+        });
+        EXPECT_FALSE(tasks.flush());
+        isFull = false;
+    }
+    EXPECT_EQ(written, 1);
+}
+
 }  // namespace
 }  // namespace brimwatch

@@ -29,6 +29,7 @@ using test::pollerFailure;
 using test::serverFailure;
 using test::systemFailure;
 using test::takeQuestion;
+using ::testing::Contains;
 
 // A task that nobody awaits, and what became of it.
 QCoro::Task<> readInto(CodexReadRequest request, std::optional<CodexReadResult>* result) {
@@ -38,6 +39,26 @@ QCoro::Task<> readInto(CodexReadRequest request, std::optional<CodexReadResult>*
 TEST_F(CodexProcess, AServerThatFloodsItsOutputIsEndedWhenTheTimeIsOver) {
     timeOut_ = milliseconds(300);
     EXPECT_EQ(failureOf(read("flood")), pollerFailure(Kind::timedOut));
+}
+
+TEST_F(CodexProcess, AServerThatFloodsAndIgnoresItsEndFindsNobodyToWriteTo) {
+    timeOut_ = milliseconds(300);
+    EXPECT_EQ(failureOf(read("ignore-end\nflood")), pollerFailure(Kind::timedOut));
+    EXPECT_TRUE(eventually([] { return !test::hasChild(); }));
+}
+
+TEST_F(CodexProcess, AServerThatIgnoresItsEndSeesTheEndOfItsInput) {
+    EXPECT_TRUE(
+        isReading(read(std::string("ignore-end\n") + greet + takeQuestion + answer + "read")));
+    EXPECT_TRUE(eventually([] { return !test::hasChild(); }));
+    EXPECT_THAT(notes(), Contains("end of input"));
+}
+
+TEST_F(CodexProcess, AServerThatIgnoresItsEndSeesTheEndOfItsInputWhenTheTimeIsOver) {
+    timeOut_ = milliseconds(1000);
+    EXPECT_EQ(failureOf(read("ignore-end\nread\nread")), pollerFailure(Kind::timedOut));
+    EXPECT_TRUE(eventually([] { return !test::hasChild(); }));
+    EXPECT_THAT(notes(), Contains("end of input"));
 }
 
 TEST_F(CodexProcess, ALineOfAHundredMegabytesIsAFailureOfTheServer) {
@@ -156,7 +177,7 @@ TEST_F(CodexProcess, SignalsThatAreIgnoredHereHaveTheirDefaultActionInTheChild) 
         request(std::string("signals\n") + greet + takeQuestion + answer + "wait");
     with.defaultSignals = formerlyDefault;
     EXPECT_TRUE(isReading(QCoro::waitFor(readCodex(with))));
-    EXPECT_THAT(notes(), ::testing::Contains("SIGPIPE by default"));
+    EXPECT_THAT(notes(), Contains("SIGPIPE by default"));
     ::signal(SIGPIPE, SIG_DFL);
     ::signal(SIGXFSZ, SIG_DFL);
 }

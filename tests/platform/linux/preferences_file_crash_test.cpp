@@ -75,6 +75,11 @@ TEST_F(PreferencesFileCrash, WhatReachedTheFileButPerhapsNotTheDiskIsWrittenAgai
     failing.interruptBeforeEachStep(nullptr);
     EXPECT_TRUE(file.flush());
     EXPECT_EQ(failing.steps().back(), "synchronizeFolder " + config_);
+    const std::size_t steps = failing.steps().size();
+    EXPECT_TRUE(file.flush());
+    EXPECT_EQ(failing.steps().size(), steps);
+    EXPECT_TRUE(file.change("b", true));
+    EXPECT_NE(failing.steps().back(), "synchronizeFolder " + config_);
 }
 
 TEST_F(PreferencesFileCrash, AProcessThatDiesAtAnyStepLeavesTheOldFileOrTheNewOne) {

@@ -301,6 +301,14 @@ TEST_F(PreferencesFileTest, TwoThatWriteAtOnceLoseNoKey) {
     EXPECT_EQ(parseJsonObject(stored())->members().size(), 50U);
 }
 
+TEST_F(PreferencesFileTest, AWriterThatNeverEndsIsNotWaitedFor) {
+    std::filesystem::create_directories(state_);
+    const auto held = files_.lock(lock_, LockWait::untilFree);
+    ASSERT_TRUE(held);
+    EXPECT_TRUE(opened().change("a", true));
+    EXPECT_EQ(stored(), "{\n  \"a\": true\n}\n");
+}
+
 TEST_F(PreferencesFileTest, LocksThatCantBeHadStopNothing) {
     test::writeFile(folder_.file("state"), "no folder");
     EXPECT_TRUE(opened().change("a", true));

@@ -209,6 +209,8 @@ TEST_F(StateFilesTest, AProcessThatDiesAtAnyStepLeavesTheOldFileOrTheNewOne) {
         });
         const std::string present = test::readFile(memory_);
         EXPECT_TRUE(present == "2" || (died && present == "1")) << step;
+        { EXPECT_TRUE(opened().change("memory", JsonNumber{"3"})); }
+        EXPECT_THAT(names(state_), ElementsAre("memory.json")) << step;
     }
 }
 
