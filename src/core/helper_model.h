@@ -262,7 +262,7 @@ class HelperModel final : public QObject {
     std::string nameOf(const Account& account) const;
     void noteClaudeConnection();
     void addManualDirectory(const std::string& path);
-    void connectAdded(Account account);
+    void connectAdded(const Account& account);
     void leaveAllAlone();
     void setAutoConnect(ClaudeCodeSetup::AutoConnect autoConnect);
     void setCodexSelection(CodexAccounts::Selection selection);

@@ -153,7 +153,7 @@ void HelperModel::addManualDirectory(const std::string& path) {
            &HelperModel::claudeManualDirectoriesChanged);
 }
 
-void HelperModel::connectAdded(Account account) {
+void HelperModel::connectAdded(const Account& account) {
     AutoConnect autoConnect = autoConnect_;
     autoConnect.declined.erase(account.directory);
     setAutoConnect(std::move(autoConnect));
