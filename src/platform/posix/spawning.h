@@ -67,6 +67,8 @@ class SpawnFiles {
     SpawnFiles& operator=(const SpawnFiles&) = delete;
     ~SpawnFiles() { ::posix_spawn_file_actions_destroy(&actions_); }
 
+    // Also those that were opened without being closed on exec.
+    void closeOthers() { ::posix_spawn_file_actions_addclosefrom_np(&actions_, STDERR_FILENO + 1); }
     void changeFolder(const char* path) { ::posix_spawn_file_actions_addchdir_np(&actions_, path); }
 
     const posix_spawn_file_actions_t* get() const { return &actions_; }
