@@ -14,6 +14,7 @@
 #include <utility>
 
 #include "platform/posix/file_descriptor.h"
+#include "platform/posix/folders.h"
 #include "platform/posix/posix_temporary_file.h"
 #include "platform/posix/retry.h"
 #include "platform/posix/system_error.h"
@@ -153,12 +154,7 @@ FileResult<void> PosixFileSystem::remove(const std::string& path) {
 }
 
 FileResult<void> PosixFileSystem::makeFolders(const std::string& folder) {
-    if (::mkdir(folder.c_str(), folderMode) == 0 || errno == EEXIST) return {};
-    const std::string parent = parentPath(folder);
-    if (errno != ENOENT || parent == folder) return systemError(errno);
-    if (const FileResult<void> made = makeFolders(parent); !made) return made;
-    if (::mkdir(folder.c_str(), folderMode) == 0 || errno == EEXIST) return {};
-    return systemError(errno);
+    return brimwatch::makeFolders(folder, folderMode);
 }
 
 FileResult<std::unique_ptr<FileLock>> PosixFileSystem::lock(const std::string& path,

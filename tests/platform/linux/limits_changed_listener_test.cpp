@@ -1,7 +1,6 @@
 #include "platform/linux/limits_changed_listener.h"
 
 #include <gtest/gtest.h>
-#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -11,6 +10,7 @@
 #include <memory>
 
 #include "harness/environment_list.h"
+#include "harness/forked_process.h"
 #include "harness/temporary_folder.h"
 #include "platform/linux/application_test.h"
 #include "platform/posix/limits_changed_datagram.h"
@@ -74,19 +74,16 @@ TEST_F(LimitsChangedListenerTest, ABurstGivesOneCall) {
 
 TEST_F(LimitsChangedListenerTest, AFloodLetsTheLoopGoOn) {
     listen();
-    const pid_t flooder = ::fork();
-    if (flooder == 0) {
-        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    test::ForkedProcess flooder([this] {
         while (true)
             post();
-    }
+    });
     int turns = 0;
     QTimer other;
     QObject::connect(&other, &QTimer::timeout, [&] { ++turns; });
     other.start(0);
     EXPECT_TRUE(eventually([&] { return calls_ > 200 && turns > 200; }));
-    ::kill(flooder, SIGKILL);
-    ::waitpid(flooder, nullptr, 0);
+    flooder.kill();
     settle();
     EXPECT_TRUE(hearsAPost());
 }

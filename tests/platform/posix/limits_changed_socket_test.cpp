@@ -3,18 +3,16 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/file.h>
-#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <filesystem>
 #include <vector>
 
 #include "harness/environment_list.h"
+#include "harness/forked_process.h"
 #include "harness/process.h"
 #include "harness/temporary_folder.h"
 #include "platform/posix/limits_changed_datagram.h"
@@ -283,34 +281,10 @@ TEST_F(LimitsChangedSocketTest, LongDatagramsAndDescriptorsInThemAreDropped) {
     EXPECT_EQ(::read(passed.readEnd.get(), &byte, 1), 0);
 }
 
-// A process of the test's, which is killed with it.
-class Child {
-  public:
-    explicit Child(const std::function<void()>& action) : process_(::fork()) {
-        if (process_ != 0) return;
-        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-        action();
-        ::_exit(0);
-    }
-    Child(const Child&) = delete;
-    Child& operator=(const Child&) = delete;
-    ~Child() { kill(); }
-
-    void kill() {
-        if (process_ <= 0) return;
-        ::kill(process_, SIGKILL);
-        ::waitpid(process_, nullptr, 0);
-        process_ = -1;
-    }
-
-  private:
-    pid_t process_;
-};
-
 TEST_F(LimitsChangedSocketTest, TheSocketOfAnotherProcessIsTakenOnceThatIsKilled) {
     Pipe ready;
     ASSERT_TRUE(ready.open());
-    Child other([&] {
+    test::ForkedProcess other([&] {
         const Binding binding = bind();
         const char byte = binding ? 'y' : 'n';
         if (::write(ready.writeEnd.get(), &byte, 1) == 1) ::pause();
@@ -335,9 +309,9 @@ TEST_F(LimitsChangedSocketTest, OfManyProcessesThatFindItAbandonedAtOnceOneSucce
         Pipe start;
         Pipe answers;
         ASSERT_TRUE(start.open() && answers.open());
-        std::vector<std::unique_ptr<Child>> children;
+        std::vector<std::unique_ptr<test::ForkedProcess>> children;
         for (int number = 0; number < processes; ++number) {
-            children.push_back(std::make_unique<Child>([&] {
+            children.push_back(std::make_unique<test::ForkedProcess>([&] {
                 start.writeEnd.close();
                 char byte = 0;
                 static_cast<void>(::read(start.readEnd.get(), &byte, 1));  // until it is closed
@@ -364,9 +338,9 @@ TEST_F(LimitsChangedSocketTest, EndsWhileOthersGoOnSending) {
     const Binding binding = bind();
     ASSERT_TRUE(binding);
     const auto address = socketAddress(path_).value();
-    std::vector<std::unique_ptr<Child>> senders;
+    std::vector<std::unique_ptr<test::ForkedProcess>> senders;
     for (int number = 0; number < 3; ++number) {
-        senders.push_back(std::make_unique<Child>([&] {
+        senders.push_back(std::make_unique<test::ForkedProcess>([&] {
             const FileDescriptor socket(::socket(AF_UNIX, SOCK_DGRAM, 0));
             const auto* target = reinterpret_cast<const sockaddr*>(&address);
             while (true)
