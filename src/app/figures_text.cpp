@@ -1,6 +1,6 @@
 #include "app/figures_text.h"
 
-#include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdio>
 #include <ctime>
@@ -11,8 +11,8 @@ namespace {
 
 std::string formatted(const char* format, double number) {
     std::array<char, 32> text{};
-    std::snprintf(text.data(), text.size(), format, number);
-    return text.data();
+    const int length = std::snprintf(text.data(), text.size(), format, number);
+    return {text.data(), static_cast<std::size_t>(length)};
 }
 
 std::string localTime(Instant instant) {
@@ -20,8 +20,8 @@ std::string localTime(Instant instant) {
     std::tm parts{};
     std::array<char, 32> text{};
     if (::localtime_r(&seconds, &parts) == nullptr) return "?";
-    std::strftime(text.data(), text.size(), "%d.%m. %H:%M", &parts);
-    return text.data();
+    const std::size_t length = std::strftime(text.data(), text.size(), "%d.%m. %H:%M", &parts);
+    return {text.data(), length};
 }
 
 std::string windowText(std::string_view name, const std::optional<UsageWindow>& window,
