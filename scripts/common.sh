@@ -22,11 +22,16 @@ install_packages() {
         apt-get install -y -q --no-install-recommends "${missing[@]}" >/dev/null
 }
 
+# configure PRESET: makes build/PRESET ready to be built.
+configure() {
+    (cd "$root" && cmake --preset "$1" --log-level=WARNING >/dev/null)
+}
+
 # build PRESET [TARGET...]: configures and builds below build/PRESET.
 build() {
     local preset=$1
     shift
     say "Building ($preset)"
-    (cd "$root" && cmake --preset "$preset" --log-level=WARNING >/dev/null)
+    configure "$preset"
     (cd "$root" && cmake --build --preset "$preset" ${1:+--target "$@"})
 }
