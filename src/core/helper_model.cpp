@@ -134,17 +134,18 @@ std::optional<CodexCredits::Text> HelperModel::creditText(const SubscriptionLimi
     return reading->second.credits->text(surroundings_.locale);
 }
 
+// The setters store the field and not the argument: an observer may have chosen anew.
 void HelperModel::setClaudeUsagePaused(bool paused) {
     assign(claudeUsagePaused_, paused, &HelperModel::claudeUsagePausedChanged);
-    surroundings_.defaults.setBoolean(settings_key::claudeUsagePaused, paused);
+    surroundings_.defaults.setBoolean(settings_key::claudeUsagePaused, claudeUsagePaused_);
 }
 
 void HelperModel::setCodexEnabled(bool enabled) {
     if (isRemoving_ && enabled) return;
     if (codexEnabled_ != enabled) ++codexConnectionRevision_;
     assign(codexEnabled_, enabled, &HelperModel::codexEnabledChanged);
-    surroundings_.defaults.setBoolean(settings_key::codexEnabled, enabled);
-    if (!enabled) {
+    surroundings_.defaults.setBoolean(settings_key::codexEnabled, codexEnabled_);
+    if (!codexEnabled_) {
         assign(receivedCodex_, Readings(), &HelperModel::receivedCodexChanged);
         assign(codexAccountStatuses_, Texts(), &HelperModel::codexAccountStatusesChanged);
         assign(codexStatus_, std::optional<std::string>(), &HelperModel::codexStatusChanged);
@@ -154,18 +155,19 @@ void HelperModel::setCodexEnabled(bool enabled) {
 
 void HelperModel::setUsageDisplay(UsageDisplay display) {
     assign(usageDisplay_, display, &HelperModel::usageDisplayChanged);
-    surroundings_.defaults.setString(settings_key::usageDisplay, rawString(display));
+    surroundings_.defaults.setString(settings_key::usageDisplay, rawString(usageDisplay_));
     updateMenuTitle(menuLimits());
 }
 
 void HelperModel::setRecentUsagePeriod(RecentUsagePeriod period) {
     assign(recentUsagePeriod_, period, &HelperModel::recentUsagePeriodChanged);
-    surroundings_.defaults.setInteger(settings_key::recentUsagePeriod, rawValue(period));
+    surroundings_.defaults.setInteger(settings_key::recentUsagePeriod,
+                                      rawValue(recentUsagePeriod_));
 }
 
 void HelperModel::setAppTheme(AppTheme theme) {
     assign(appTheme_, theme, &HelperModel::appThemeChanged);
-    surroundings_.defaults.setString(settings_key::appTheme, rawString(theme));
+    surroundings_.defaults.setString(settings_key::appTheme, rawString(appTheme_));
 }
 
 void HelperModel::setRevealsMenuCardOrder(bool reveals) {
