@@ -3,7 +3,9 @@
 
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -17,6 +19,10 @@ class MemorySettingsStore final : public SettingsStore {
   public:
     // The keys that were given another value or removed, in order.
     std::vector<std::string> changes;
+    // The keys that somebody set or removed, changed or not, in order.
+    std::vector<std::string> writes;
+    // What every change ends with, if set; it is seen all the same, as of a disk that is full.
+    std::optional<std::error_code> error;
 
     void put(const std::string& key, std::string_view json) { values_[key] = *parseJson(json); }
     // As JSON text, empty if there is none.
@@ -31,18 +37,25 @@ class MemorySettingsStore final : public SettingsStore {
         return value->second;
     }
     FileResult<void> setJson(std::string_view key, JsonValue value) override {
+        writes.emplace_back(key);
         JsonValue& stored = values_[std::string(key)];
         if (stored != value) changes.emplace_back(key);
         stored = std::move(value);
-        return {};
+        return outcome();
     }
     FileResult<void> remove(std::string_view key) override {
+        writes.emplace_back(key);
         if (values_.erase(std::string(key)) != 0) changes.emplace_back(key);
-        return {};
+        return outcome();
     }
     FileResult<void> flush() override { return {}; }
 
   private:
+    FileResult<void> outcome() const {
+        if (error) return tl::unexpected(*error);
+        return {};
+    }
+
     std::map<std::string, JsonValue, std::less<>> values_;
 };
 

@@ -1,11 +1,48 @@
 #include "model_fixture.h"
 
 #include <algorithm>
+#include <array>
 #include <filesystem>
 #include <iterator>
 #include <utility>
 
 namespace brimwatch::test {
+namespace {
+
+struct NamedSignal {
+    void (HelperModel::*signal)();
+    const char* name;
+};
+
+// By the field that changed.
+constexpr std::array allSignals = {
+    NamedSignal{&HelperModel::limitsChanged, "limits"},
+    NamedSignal{&HelperModel::accountsChanged, "accounts"},
+    NamedSignal{&HelperModel::codexAccountsChanged, "codexAccounts"},
+    NamedSignal{&HelperModel::claudeManualDirectoriesChanged, "claudeManualDirectories"},
+    NamedSignal{&HelperModel::codexSelectionChanged, "codexSelection"},
+    NamedSignal{&HelperModel::codexBinaryChanged, "codexBinary"},
+    NamedSignal{&HelperModel::codexStatusChanged, "codexStatus"},
+    NamedSignal{&HelperModel::codexAccountStatusesChanged, "codexAccountStatuses"},
+    NamedSignal{&HelperModel::receivedCodexChanged, "receivedCodex"},
+    NamedSignal{&HelperModel::claudeTiersChanged, "claudeTiers"},
+    NamedSignal{&HelperModel::menuOrderChanged, "menuOrder"},
+    NamedSignal{&HelperModel::usageNamesChanged, "usageNames"},
+    NamedSignal{&HelperModel::menuTitleChanged, "menuTitle"},
+    NamedSignal{&HelperModel::menuGaugeChanged, "menuGauge"},
+    NamedSignal{&HelperModel::usageDisplayChanged, "usageDisplay"},
+    NamedSignal{&HelperModel::recentUsagePeriodChanged, "recentUsagePeriod"},
+    NamedSignal{&HelperModel::appThemeChanged, "appTheme"},
+    NamedSignal{&HelperModel::claudeUsagePausedChanged, "claudeUsagePaused"},
+    NamedSignal{&HelperModel::codexEnabledChanged, "codexEnabled"},
+    NamedSignal{&HelperModel::launchAtLoginChanged, "launchAtLogin"},
+    NamedSignal{&HelperModel::isRemovingChanged, "isRemoving"},
+    NamedSignal{&HelperModel::removedEverythingChanged, "removedEverything"},
+    NamedSignal{&HelperModel::revealsMenuCardOrderChanged, "revealsMenuCardOrder"},
+    NamedSignal{&HelperModel::failureChanged, "failure"},
+};
+
+}  // namespace
 
 HelperModel::Surroundings ModelFixture::surroundings() {
     std::filesystem::create_directories(home_);
@@ -49,6 +86,14 @@ HelperModel& ModelFixture::start(HelperModel::Surroundings surroundings) {
     return *model_;
 }
 
+HelperModel& ModelFixture::startWith(std::string_view key, std::string_view json) {
+    model_.reset();
+    defaults_.put(std::string(key), json);
+    defaults_.changes.clear();
+    defaults_.writes.clear();
+    return start();
+}
+
 std::string ModelFixture::makeClaudeFolder(std::string_view name) {
     std::string folder = path(name);
     std::filesystem::create_directories(folder);
@@ -83,6 +128,10 @@ std::string ModelFixture::limitsFile(const std::string& id) const {
 }
 
 void ModelFixture::writeLimits(const std::string& id, double fiveHour, double sevenDay) {
+    writeLimits(figures(id, fiveHour, sevenDay));
+}
+
+LimitsFile ModelFixture::figures(const std::string& id, double fiveHour, double sevenDay) const {
     const std::size_t dash = id.find('-');
     const CodexPoller::Reading reading = codexReading(fiveHour, sevenDay, time_.now());
     LimitsFile file;
@@ -90,7 +139,11 @@ void ModelFixture::writeLimits(const std::string& id, double fiveHour, double se
     file.account = id.substr(dash + 1);
     file.windows = reading.windows;
     file.updatedAt = wholeUnixSeconds(time_.now());
-    writeFile(limitsFile(id), file.encode());
+    return file;
+}
+
+void ModelFixture::writeLimits(const LimitsFile& file) {
+    writeFile(limitsFile(file.id()), file.encode());
 }
 
 std::vector<std::string> ModelFixture::shownIds() {
@@ -105,6 +158,13 @@ std::optional<double> ModelFixture::shownWeekly(const std::string& id) {
         if (limits.id() == id && limits.sevenDay) return limits.sevenDay->usedPercentage;
     }
     return std::nullopt;
+}
+
+SignalLog::SignalLog(HelperModel& model) {
+    for (const auto& [signal, name] : allSignals) {
+        QObject::connect(&model, signal, &model,
+                         [names = names_, name = name] { names->emplace_back(name); });
+    }
 }
 
 SignalCount::SignalCount(HelperModel& model, void (HelperModel::*signal)()) {

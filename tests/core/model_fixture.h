@@ -11,6 +11,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "core/helper_model.h"
@@ -76,6 +77,9 @@ class ModelFixture : public ::testing::Test {
     HelperModel& start(HelperModel::Surroundings surroundings);
     HelperModel& model() { return *model_; }
 
+    // Starts with that JSON text stored under the key, and counts what is written from then on.
+    HelperModel& startWith(std::string_view key, std::string_view json);
+
     // Folders below the home, by names as ".claude-work" and ".codex-work".
     std::string path(std::string_view name) const { return home_ + '/' + std::string(name); }
     std::string makeClaudeFolder(std::string_view name);      // not registered yet
@@ -88,6 +92,8 @@ class ModelFixture : public ::testing::Test {
     // Writes a limits file with both windows, used to those percentages, reset in two hours and in
     // four days, as its writer would.
     void writeLimits(const std::string& id, double fiveHour, double sevenDay);
+    LimitsFile figures(const std::string& id, double fiveHour, double sevenDay) const;
+    void writeLimits(const LimitsFile& file);
 
     // The ids in `limits`, and the used weekly percentage of one of them.
     std::vector<std::string> shownIds();
@@ -108,6 +114,17 @@ class ModelFixture : public ::testing::Test {
     // What the model outlives, last made and first destroyed.
     std::unique_ptr<HelperModel> model_;
     ScriptedCodex codex_;
+};
+
+// The fields of a model that told of a change, by name and in order.
+class SignalLog {
+  public:
+    explicit SignalLog(HelperModel& model);
+    // Those since the last call.
+    std::vector<std::string> take() { return std::exchange(*names_, {}); }
+
+  private:
+    std::shared_ptr<std::vector<std::string>> names_ = std::make_shared<std::vector<std::string>>();
 };
 
 // How often each of the chosen signals was sent since the counter was made.
