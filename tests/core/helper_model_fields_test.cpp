@@ -15,14 +15,9 @@ using ::testing::IsEmpty;
 
 class HelperModelFields : public ModelFixture {
   protected:
-    // What came of the last run of questions.
     void pollOnce() { spawn(model().pollCodex()); }
     void answerAtOnceWith(CodexReadResult result) {
         codex_.answerAtOnce = [result](const auto&) { return result; };
-    }
-    void storeTier(const std::string& folder, std::string_view tier) {
-        test::writeFile(folder + "/.claude.json",
-                        R"({"oauthAccount":{"userRateLimitTier":")" + std::string(tier) + "\"}}");
     }
 };
 

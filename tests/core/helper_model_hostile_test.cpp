@@ -195,7 +195,7 @@ TEST_F(HelperModelHostile, AReportFromAClockSetBackCountsAsFarAsItIsNews) {
     EXPECT_EQ(shownWeekly("codex-default"), 50);
     LimitsFile sameCycle = figures("claude-work", 10, 45);
     sameCycle.windows.at("seven_day").resetsAt =
-        wholeUnixSeconds(instantFromUnixSeconds(startSeconds)) + 4 * 86400;
+        wholeUnixSeconds(instantFromUnixSeconds(startSeconds) + 96h);
     writeLimits(sameCycle);
     model().reload();
     EXPECT_EQ(shownWeekly("claude-work"), 45);

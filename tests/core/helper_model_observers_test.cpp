@@ -131,8 +131,7 @@ TEST_F(HelperModelObservers, MayRefreshWhenToldOfAccountsAndTiers) {
         QObject::connect(&model(), signal, &model(), [&] { model().refresh(); });
     for (const char* name : {".claude-a", ".claude-b", ".claude-c"}) {
         const std::string folder = makeClaudeFolder(name);
-        test::writeFile(folder + "/.claude.json",
-                        R"({"oauthAccount":{"userRateLimitTier":"claude_pro"}})");
+        storeTier(folder, "claude_pro");
     }
     makeCodexFolder(".codex-a");
     codex_.installed = "/opt/codex";

@@ -15,24 +15,22 @@ namespace {
 using namespace std::chrono_literals;
 using test::ModelFixture;
 using test::SignalLog;
-using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using ::testing::Not;
 using ::testing::Pair;
 namespace key = settings_key;
 
 // Doors that write down who knocked.
 struct RecordingDoors final : FolderWatch, LimitsChangedBroadcast, LoginItem, AgentStopper {
-    void watch(const std::string& folder, std::function<void()>) override {
+    void watch(const std::string& folder, std::function<void()> /*changed*/) override {
         calls.push_back("watch " + folder);
     }
-    void listen(std::function<void()>) override { calls.emplace_back("listen"); }
+    void listen(std::function<void()> /*received*/) override { calls.emplace_back("listen"); }
     bool isEnabled() override {
         calls.emplace_back("login item");
         return false;
     }
-    FileResult<void> setEnabled(bool) override { return {}; }
+    FileResult<void> setEnabled(bool /*enabled*/) override { return {}; }
     void stop(const std::string& definition) override { calls.push_back("stop " + definition); }
 
     std::vector<std::string> calls;
@@ -52,10 +50,6 @@ class HelperModelRefresh : public ModelFixture {
             std::count(files_.steps().begin(), files_.steps().end(), step));
     }
     std::string limitsFolderStep() const { return "entries " + limitsFolder(home_); }
-    void storeTier(const std::string& folder, std::string_view tier) {
-        test::writeFile(folder + "/.claude.json",
-                        R"({"oauthAccount":{"userRateLimitTier":")" + std::string(tier) + "\"}}");
-    }
 };
 
 TEST_F(HelperModelRefresh, HappensOnceAtTheStartAndWithoutServicesNothingElseDoes) {

@@ -193,8 +193,7 @@ TEST_F(HelperModelReload, ThePlanOfClaudeCodeIsItsTierAndNeverThatOfTheFile) {
     writeLimits(file);
     start();
     EXPECT_EQ(shown("claude-work").planTier, std::nullopt);
-    test::writeFile(folder + "/.claude.json",
-                    R"({"oauthAccount":{"userRateLimitTier":"claude_max_5x"}})");
+    storeTier(folder, "claude_max_5x");
     model().refresh();
     EXPECT_EQ(shown("claude-work").planTier, "Max 5배");
 }
@@ -264,8 +263,7 @@ TEST_F(HelperModelReload, AnAccountElsewhereIsCalledByItsFolder) {
 }
 
 TEST_F(HelperModelReload, TakesASampleOfEachCardAndGivesItItsSamples) {
-    test::writeFile(makeRegisteredFolder(".claude-work") + "/.claude.json",
-                    R"({"oauthAccount":{"userRateLimitTier":"claude_pro"}})");
+    storeTier(makeRegisteredFolder(".claude-work"), "claude_pro");
     writeLimits("claude-work", 10, 40);
     writeLimits("codex-default", 20, 50);
     start();

@@ -14,7 +14,6 @@ using test::ModelFixture;
 using test::SignalLog;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-namespace key = settings_key;
 
 class HelperModelRestart : public ModelFixture {
   protected:
@@ -25,8 +24,7 @@ class HelperModelRestart : public ModelFixture {
         makeCodexFolder(".codex-work");
         test::writeFile(elsewhere_ + "/team/.claude.json", "{}");
         test::writeFile(elsewhere_ + "/client/config.toml", "");
-        test::writeFile(path(".claude-work/.claude.json"),
-                        R"({"oauthAccount":{"userRateLimitTier":"claude_pro"}})");
+        storeTier(path(".claude-work"), "claude_pro");
         writeLimits("claude-work", 10, 40);
         writeLimits("codex-default", 20, 50);
         start();

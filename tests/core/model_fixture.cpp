@@ -118,6 +118,11 @@ std::string ModelFixture::makeCodexFolder(std::string_view name) {
     return folder;
 }
 
+void ModelFixture::storeTier(const std::string& folder, std::string_view tier) {
+    writeFile(folder + "/.claude.json",
+              R"({"oauthAccount":{"userRateLimitTier":")" + std::string(tier) + "\"}}");
+}
+
 bool ModelFixture::isRegistered(const std::string& folder) {
     const std::string settings = folder + "/settings.json";
     return exists(settings) && readFile(settings).find("--statusline") != std::string::npos;

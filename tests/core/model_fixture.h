@@ -85,6 +85,8 @@ class ModelFixture : public ::testing::Test {
     std::string makeClaudeFolder(std::string_view name);      // not registered yet
     std::string makeRegisteredFolder(std::string_view name);  // as this program registers itself
     std::string makeCodexFolder(std::string_view name);
+    // As Claude Code does once it knows the plan of the account.
+    static void storeTier(const std::string& folder, std::string_view tier);
     // Whose status line is ours now.
     bool isRegistered(const std::string& folder);
 
