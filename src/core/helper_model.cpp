@@ -156,7 +156,7 @@ void HelperModel::setCodexEnabled(bool enabled) {
 void HelperModel::setUsageDisplay(UsageDisplay display) {
     assign(usageDisplay_, display, &HelperModel::usageDisplayChanged);
     surroundings_.defaults.setString(settings_key::usageDisplay, rawString(usageDisplay_));
-    updateMenuTitle(menuLimits());
+    updateMenuTitle();
 }
 
 void HelperModel::setRecentUsagePeriod(RecentUsagePeriod period) {

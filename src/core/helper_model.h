@@ -20,7 +20,6 @@
 #include <map>
 #include <optional>
 #include <set>
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -238,7 +237,7 @@ class HelperModel final : public QObject {
     std::optional<std::string> displayNameOf(const SubscriptionLimits& limits) const;
     std::optional<std::string> defaultNameOf(const SubscriptionLimits& limits) const;
     void storeHistory();
-    void updateMenuTitle(std::span<const SubscriptionLimits> shown);
+    void updateMenuTitle();
 
     void scheduleReload();
     void schedulePoll();

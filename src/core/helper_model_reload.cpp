@@ -54,9 +54,8 @@ void HelperModel::reload() {
     if (memoryChanged) {
         surroundings_.defaults.setJson(settings_key::limitsMemory, memory_.toJson());
     }
-    const std::vector<SubscriptionLimits> shown = menuLimits();
-    updateMenuTitle(shown);
-    assign(menuGauge_, menuBarGauge(shown), &HelperModel::menuGaugeChanged);
+    updateMenuTitle();
+    assign(menuGauge_, menuBarGauge(menuLimits()), &HelperModel::menuGaugeChanged);
 }
 
 void HelperModel::decorate(SubscriptionLimits& limits) const {
@@ -110,8 +109,8 @@ void HelperModel::storeHistory() {
     }
 }
 
-void HelperModel::updateMenuTitle(std::span<const SubscriptionLimits> shown) {
-    assign(menuTitle_, menuTitleText(shown, usageDisplay_), &HelperModel::menuTitleChanged);
+void HelperModel::updateMenuTitle() {
+    assign(menuTitle_, menuTitleText(menuLimits(), usageDisplay_), &HelperModel::menuTitleChanged);
 }
 
 void HelperModel::refresh() {
