@@ -77,6 +77,19 @@ TEST_F(HelperModelObservers, MayWriteAFileThatTheReloadHasNotSeen) {
     EXPECT_EQ(start().memory(), memory);
 }
 
+TEST_F(HelperModelObservers, MayReloadNewFiguresWhenToldOfTheTitle) {
+    startWithCards();
+    atFirst(&HelperModel::menuTitleChanged, [&] {
+        writeLimits("claude-work", 10, 80);
+        model().reload();
+    });
+    writeLimits("claude-work", 10, 60);
+    model().reload();
+    EXPECT_EQ(model().menuTitle(), "35%");
+    EXPECT_EQ(model().menuGauge().remaining, 0.35);
+    expectSettled();
+}
+
 TEST_F(HelperModelObservers, MayPauseAndReloadInTheMiddleOfAReload) {
     startWithCards();
     atFirst(&HelperModel::limitsChanged, [&] {

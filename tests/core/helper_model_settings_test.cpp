@@ -196,9 +196,11 @@ TEST_F(HelperModelSettings, TheMemoryIsKeptAsTheFilesItHolds) {
     makeRegisteredFolder(".claude-work");
     EXPECT_EQ(start().memory(), LimitsMemory{});
     EXPECT_EQ(stored(key::limitsMemory), "");
-    for (const char* json : {"7", "[]", "{}", R"({"files":[]})", R"({"files":{"claude-work":{}}})",
-                             R"({"files":{"claude-work":{"account":"work","provider":"claude",)"
-                             R"("updated_at":1.5,"version":1,"windows":{}}}})"}) {
+    const char* fractionalTime = R"({"files":{"claude-work":{"account":"work",)"
+                                 R"("provider":"claude","updated_at":1.5,"version":1,)"
+                                 R"("windows":{}}}})";
+    for (const char* json :
+         {"7", "[]", "{}", R"({"files":[]})", R"({"files":{"claude-work":{}}})", fractionalTime}) {
         EXPECT_EQ(startWithUnusable(key::limitsMemory, json).memory(), LimitsMemory{}) << json;
     }
     writeLimits("claude-work", 10, 40);

@@ -88,7 +88,7 @@ class ModelFixture : public ::testing::Test {
     // As Claude Code does once it knows the plan of the account.
     static void storeTier(const std::string& folder, std::string_view tier);
     // Whose status line is ours now.
-    bool isRegistered(const std::string& folder);
+    static bool isRegistered(const std::string& folder);
 
     std::string limitsFile(const std::string& id) const;
     // Writes a limits file with both windows, used to those percentages, reset in two hours and in
