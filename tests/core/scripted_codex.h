@@ -3,6 +3,7 @@
 #pragma once
 
 #include <coroutine>
+#include <cstddef>
 #include <deque>
 #include <functional>
 #include <optional>
@@ -38,6 +39,7 @@ class ScriptedCodex {
     const std::vector<Question>& questions() const { return questions_; }
     void forgetQuestions() { questions_.clear(); }
     bool isAsking() const { return !open_.empty(); }
+    std::size_t openCount() const { return open_.size(); }
     // Answers the oldest open question.
     void answer(CodexReadResult result);
 

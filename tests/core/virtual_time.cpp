@@ -35,6 +35,12 @@ void VirtualTime::advance(Milliseconds duration) {
     letPass(end - elapsed_);
 }
 
+bool VirtualTime::wakeNext() {
+    if (sleepers_.empty() || sleepers_.front()->deadline > elapsed_) return false;
+    wake(sleepers_.begin(), SleepEnd::elapsed);
+    return true;
+}
+
 void VirtualTime::cancelSleeps() {
     while (!sleepers_.empty())
         wake(sleepers_.begin(), SleepEnd::cancelled);

@@ -34,6 +34,8 @@ class VirtualTime {
     void advance(Milliseconds duration);
     // Lets everything run that waits for no time to pass.
     void settle() { advance(Milliseconds(0)); }
+    // Lets the next of them run, and tells whether there was one.
+    bool wakeNext();
     // Wakes all sleepers as the end of the program does.
     void cancelSleeps();
 

@@ -62,6 +62,17 @@ void ScriptedFileSystem::failEveryRead(const std::string& path, std::errc error)
     unreadableError_ = std::make_error_code(error);
 }
 
+void ScriptedFileSystem::failEvery(const std::string& step, std::errc error) {
+    failingSteps_[step] = std::make_error_code(error);
+}
+
+void ScriptedFileSystem::failNothing() {
+    failAt_.reset();
+    failingName_.clear();
+    unreadablePath_.clear();
+    failingSteps_.clear();
+}
+
 std::error_code ScriptedFileSystem::takeStep(const std::string& name, const std::string& path) {
     if (stopsNow()) ::_exit(stoppedStatus);
     if (crashAt_ == steps_.size()) throw Crash();
@@ -69,6 +80,8 @@ std::error_code ScriptedFileSystem::takeStep(const std::string& name, const std:
     const bool fails = failAt_ == steps_.size();
     steps_.push_back(path.empty() ? name : name + ' ' + path);
     if (name == failingName_) return failingNameError_;
+    const auto failing = failingSteps_.find(steps_.back());
+    if (failing != failingSteps_.end()) return failing->second;
     return fails ? error_ : std::error_code();
 }
 

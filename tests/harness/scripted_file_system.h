@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -28,6 +29,10 @@ class ScriptedFileSystem final : public FileSystem {
     void failEveryStepNamed(const std::string& name, std::errc error);
     // Makes every reading of that file fail.
     void failEveryRead(const std::string& path, std::errc error);
+    // Makes every such step fail, given as `steps` records it.
+    void failEvery(const std::string& step, std::errc error);
+    // Takes back every failure that was asked for.
+    void failNothing();
     // Ends the process instead of taking that step, with exit status `stoppedStatus`. A write is
     // carried out for its first half.
     void stopAtStep(std::size_t step) { stopAt_ = step; }
@@ -75,6 +80,7 @@ class ScriptedFileSystem final : public FileSystem {
     std::error_code failingNameError_;
     std::string unreadablePath_;
     std::error_code unreadableError_;
+    std::map<std::string, std::error_code> failingSteps_;
     Interruption interruption_;
     std::optional<std::vector<std::string>> entries_;
 };

@@ -1,5 +1,7 @@
 #include "harness/temporary_folder.h"
 
+#include <unistd.h>
+
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -17,6 +19,21 @@ TemporaryFolder::TemporaryFolder()
 TemporaryFolder::~TemporaryFolder() {
     std::error_code ignored;
     std::filesystem::remove_all(path_, ignored);
+}
+
+FoldersInMemory::FoldersInMemory() {
+    const char* former = std::getenv("TMPDIR");
+    if (former != nullptr) former_ = former;
+    constexpr const char* place = "/dev/shm";
+    if (::access(place, W_OK | X_OK) == 0) ::setenv("TMPDIR", place, 1);
+}
+
+FoldersInMemory::~FoldersInMemory() {
+    if (former_) {
+        ::setenv("TMPDIR", former_->c_str(), 1);
+    } else {
+        ::unsetenv("TMPDIR");
+    }
 }
 
 void writeFile(const std::string& path, std::string_view bytes) {

@@ -1,6 +1,7 @@
 // A folder that lives as long as a test needs it.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -18,6 +19,19 @@ class TemporaryFolder {
 
   private:
     std::string path_;
+};
+
+// While it lives, temporary folders lie in memory, if the machine has such a place: for tests that
+// make thousands of them.
+class FoldersInMemory {
+  public:
+    FoldersInMemory();
+    FoldersInMemory(const FoldersInMemory&) = delete;
+    FoldersInMemory& operator=(const FoldersInMemory&) = delete;
+    ~FoldersInMemory();
+
+  private:
+    std::optional<std::string> former_;  // the variable that names the place
 };
 
 // Makes the folders above it too.
