@@ -72,6 +72,15 @@ TEST(CardOrder, OnlyWholeKeysCount) {
     EXPECT_EQ(inCardOrder(both, {"codex-a", "a", "subscription.codex-"})[0], both[0]);
 }
 
+TEST(CardOrder, ManyCardsWithoutAPlaceStayAsTheyAreToo) {
+    Keys accounts;
+    for (int number = 0; number < 100; ++number)
+        accounts.push_back(std::to_string(number * 37 % 100));
+    Keys expected = accounts;
+    std::rotate(expected.begin(), expected.begin() + 60, expected.begin() + 61);
+    EXPECT_EQ(ordered(accounts, {accounts[60]}), expected);
+}
+
 TEST(CardOrder, TwoRecordsOfOneAccountStayInTheirOrder) {
     std::vector<SubscriptionLimits> twice = records({"b", "a", "a"});
     twice[1].planTier = "first";

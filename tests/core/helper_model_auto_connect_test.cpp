@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+
 #include "accounts_fixture.h"
 #include "log_capture.h"
 
@@ -11,7 +13,6 @@ namespace {
 using test::LogCapture;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using ::testing::Pair;
 using State = ClaudeCodeSetup::State;
 
 class HelperModelAutoConnect : public test::AccountsFixture {

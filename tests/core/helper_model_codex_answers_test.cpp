@@ -190,6 +190,15 @@ TEST_F(HelperModelCodexAnswers, AFileThatCanNotBeWrittenIsNoFailure) {
     EXPECT_FALSE(model().pollingCodex());
 }
 
+TEST_F(HelperModelCodexAnswers, AWriterThatHoldsTheLockForEverIsNotWaitedFor) {
+    start();
+    poll();
+    answer(10);
+    EXPECT_THAT(files_.steps(), ::testing::Contains(::testing::StartsWith("lock for two seconds")));
+    EXPECT_THAT(files_.steps(),
+                ::testing::Not(::testing::Contains(::testing::StartsWith("lock until free"))));
+}
+
 TEST_F(HelperModelCodexAnswers, ALimitsFolderThatCanNotBeMadeIsNoFailure) {
     test::writeFile(path(".brimwatch"), "in the way");
     start();

@@ -1,6 +1,9 @@
-// Taking everything back, and the switch of the login item.
+// Taking everything back.
 
 #include <gmock/gmock.h>
+
+#include <algorithm>
+#include <filesystem>
 
 #include "accounts_fixture.h"
 
@@ -123,6 +126,23 @@ TEST_F(HelperModelRemoval, GivesTheThreadUpBetweenTheAccounts) {
     }
     settle();
     EXPECT_FALSE(model().isRemoving());
+}
+
+TEST_F(HelperModelRemoval, IsNotPutOutByARefreshBetweenTheAccounts) {
+    const std::vector<std::string> three = makeThree();
+    start();
+    removeEverything();
+    while (isRegistered(three[0]))
+        ASSERT_TRUE(time_.wakeNext());
+    std::filesystem::remove_all(three[0]);
+    const std::string late = makeClaudeFolder(".claude-late");
+    model().refresh();
+    ASSERT_TRUE(model().isRemoving());
+    settle();
+    EXPECT_FALSE(isRegistered(three[1]));
+    EXPECT_FALSE(isRegistered(three[2]));
+    EXPECT_FALSE(isRegistered(late));
+    EXPECT_TRUE(model().removedEverything());
 }
 
 TEST_F(HelperModelRemoval, OneFolderThatFailsIsNamedAndTheOthersAreRestored) {
@@ -328,6 +348,18 @@ TEST_F(HelperModelRemoval, FoldersThatFailReplaceTheFailureOfTheLoginItem) {
     EXPECT_FALSE(model().removedEverything());
 }
 
+TEST_F(HelperModelRemoval, IsUnderWayBeforeAnythingElseChanges) {
+    makeThree();
+    start();
+    const auto expectRemoving = [this] { EXPECT_TRUE(model().isRemoving()); };
+    const SignalCount pauses(model(), &HelperModel::claudeUsagePausedChanged);
+    QObject::connect(&model(), &HelperModel::claudeUsagePausedChanged, &model(), expectRemoving);
+    QObject::connect(&model(), &HelperModel::codexEnabledChanged, &model(), expectRemoving);
+    QObject::connect(&model(), &HelperModel::accountsChanged, &model(), expectRemoving);
+    removeAll();
+    EXPECT_EQ(pauses.count(), 1);
+}
+
 TEST_F(HelperModelRemoval, EndsOnlyAfterItsOutcomeIsThere) {
     makeThree();
     start();
@@ -337,50 +369,6 @@ TEST_F(HelperModelRemoval, EndsOnlyAfterItsOutcomeIsThere) {
     });
     removeAll();
     EXPECT_TRUE(wasRemoved);
-}
-
-class HelperModelLogin : public test::AccountsFixture {};
-
-TEST_F(HelperModelLogin, IsSwitchedOnAndOff) {
-    startWithServices();
-    makeCodexFolder(".codex-new");
-    model().setLaunchAtLogin(true);
-    EXPECT_TRUE(services_.login.enabled);
-    EXPECT_TRUE(model().launchAtLogin());
-    EXPECT_EQ(codexAccount("new").name, "new") << "a refresh follows";
-    model().setLaunchAtLogin(false);
-    EXPECT_FALSE(services_.login.enabled);
-    EXPECT_FALSE(model().launchAtLogin());
-    EXPECT_EQ(model().failure(), std::nullopt);
-}
-
-TEST_F(HelperModelLogin, FlipsBackByItselfAfterAFailure) {
-    startWithServices();
-    services_.login.error = std::make_error_code(std::errc::read_only_file_system);
-    makeCodexFolder(".codex-new");
-    model().setLaunchAtLogin(true);
-    EXPECT_EQ(model().failure(), loginFailure + messageOf(std::errc::read_only_file_system));
-    EXPECT_FALSE(model().launchAtLogin());
-    EXPECT_EQ(codexAccount("new").name, "new") << "a refresh follows";
-}
-
-TEST_F(HelperModelLogin, FollowsTheSessionAtEachRefreshAndIsNeverStored) {
-    startWithServices();
-    defaults_.changes.clear();
-    services_.login.enabled = true;
-    EXPECT_FALSE(model().launchAtLogin());
-    model().refresh();
-    EXPECT_TRUE(model().launchAtLogin());
-    EXPECT_THAT(defaults_.changes, IsEmpty());
-}
-
-TEST_F(HelperModelLogin, HasNothingToDoWithoutSystemServices) {
-    start();
-    services_.login.enabled = true;
-    model().setLaunchAtLogin(true);
-    model().refresh();
-    EXPECT_FALSE(model().launchAtLogin());
-    EXPECT_EQ(model().failure(), std::nullopt);
 }
 
 }  // namespace
