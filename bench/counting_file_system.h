@@ -7,21 +7,20 @@
 #include <mutex>
 #include <string>
 #include <utility>
-#include <vector>
 
-#include "support/file_system.h"
+#include "harness/forwarding_file_system.h"
 #include "support/paths.h"
 
 namespace brimwatch::bench {
 
-class CountingFileSystem final : public FileSystem {
+class CountingFileSystem final : public test::ForwardingFileSystem {
   public:
     struct Written {
         std::uint64_t files = 0;
         std::uint64_t bytes = 0;
     };
 
-    explicit CountingFileSystem(FileSystem& inner) : inner_(inner) {}
+    using ForwardingFileSystem::ForwardingFileSystem;
 
     // By the last component of the path.
     std::map<std::string, Written> written() const {
@@ -33,40 +32,11 @@ class CountingFileSystem final : public FileSystem {
         written_.clear();
     }
 
-    FileResult<std::string> read(const std::string& path, std::size_t maximumBytes) override {
-        return inner_.read(path, maximumBytes);
-    }
-    FileResult<FileStatus> status(const std::string& path) override { return inner_.status(path); }
-    FileResult<std::vector<std::string>> entries(const std::string& folder) override {
-        return inner_.entries(folder);
-    }
-    FileResult<std::string> linkTarget(const std::string& path) override {
-        return inner_.linkTarget(path);
-    }
-    FileResult<std::string> realPath(const std::string& path) override {
-        return inner_.realPath(path);
-    }
-    FileResult<void> addName(const std::string& path, const std::string& name) override {
-        return inner_.addName(path, name);
-    }
-    FileResult<void> remove(const std::string& path) override { return inner_.remove(path); }
-    FileResult<void> makeFolders(const std::string& folder) override {
-        return inner_.makeFolders(folder);
-    }
-    FileResult<std::unique_ptr<FileLock>> lock(const std::string& path, LockWait wait) override {
-        return inner_.lock(path, wait);
-    }
     FileResult<std::unique_ptr<TemporaryFile>> makeTemporary(const std::string& folder,
                                                              std::uint32_t permissions) override {
-        auto file = inner_.makeTemporary(folder, permissions);
+        auto file = ForwardingFileSystem::makeTemporary(folder, permissions);
         if (!file) return file;
         return std::make_unique<Temporary>(*this, *std::move(file));
-    }
-    void removeAbandonedTemporaries(const std::string& folder) override {
-        inner_.removeAbandonedTemporaries(folder);
-    }
-    FileResult<void> synchronizeFolder(const std::string& folder) override {
-        return inner_.synchronizeFolder(folder);
     }
 
   private:
@@ -108,7 +78,6 @@ class CountingFileSystem final : public FileSystem {
         written.bytes += bytes;
     }
 
-    FileSystem& inner_;
     mutable std::mutex mutex_;
     std::map<std::string, Written> written_;
 };
