@@ -12,6 +12,8 @@
 //   stop            stops itself, as SIGSTOP does
 //   drain           ends half a second after SIGTERM, and not before
 //   wait            waits for a signal or, in vain, for a minute
+// It leaves by _exit: the leak check of a sanitized program stops the process to look at it, and
+// never ends if the signal of the reader comes just then.
 // What it notes goes to the file SCRIPTED_APP_SERVER_NOTES, its process number first.
 
 #include <unistd.h>
@@ -63,7 +65,7 @@ void fill(std::size_t bytes, int file) {
     const std::string piece(1U << 20U, 'x');
     while (bytes > 0) {
         const ssize_t count = ::write(file, piece.data(), std::min(bytes, piece.size()));
-        if (count <= 0) std::exit(EXIT_FAILURE);
+        if (count <= 0) ::_exit(EXIT_FAILURE);
         bytes -= static_cast<std::size_t>(count);
     }
 }
@@ -72,7 +74,7 @@ void fill(std::size_t bytes, int file) {
     const std::string lines = "{\"method\":\"note\"}\n[7]\nlog\n";
     while (::write(STDOUT_FILENO, lines.data(), lines.size()) > 0) {
     }
-    std::exit(EXIT_FAILURE);
+    ::_exit(EXIT_FAILURE);
 }
 
 void drain() {
@@ -111,4 +113,5 @@ int main(int count, char** arguments) {
         if (line == "describe") describe(count, arguments);
         carryOut(line.substr(0, blank), blank == std::string::npos ? "" : line.substr(blank + 1));
     }
+    ::_exit(EXIT_SUCCESS);
 }
