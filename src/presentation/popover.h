@@ -1,0 +1,34 @@
+// The panel that opens at a click on the status item. Main thread.
+#pragma once
+
+#include <QObject>
+#include <QPoint>
+#include <QString>
+#include <optional>
+
+namespace brimwatch {
+
+class Popover : public QObject {
+    Q_OBJECT
+
+  public:
+    enum class Appearance { light, dark };
+
+    Popover() = default;
+
+    virtual bool isShown() const = 0;
+    // Near the place of the click, in pixels of the screen, where that is known. It closes by
+    // itself when it loses the focus.
+    virtual void show(std::optional<QPoint> click, const QString& activationToken) = 0;
+    // Nothing if it is not shown.
+    virtual void performClose() = 0;
+    virtual void setAppearance(Appearance appearance) = 0;
+
+  signals:
+    void willShow();
+    void didShow();
+    void willClose();
+    void didClose();
+};
+
+}  // namespace brimwatch
