@@ -2,6 +2,7 @@
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 export CCACHE_DIR="${CCACHE_DIR:-$root/build/ccache}"
+export CCACHE_SLOPPINESS=pch_defines,time_macros  # for the precompiled header of the tests
 
 say() { printf '\n== %s\n' "$*"; }
 

@@ -1,5 +1,5 @@
-// Starts the tests with every folder of the user's moved into a temporary one, and refuses to start
-// if that did not take.
+// Starts the tests away from the user's desktop, with every folder of the user's moved into a
+// temporary one, and refuses to start if that did not take.
 
 #include <gtest/gtest.h>
 
@@ -27,6 +27,15 @@ void moveUserFolders(const std::string& folder) {
     }
 }
 
+// No test shows anything to whoever sits at the machine.
+void leaveDesktop() {
+    for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "DBUS_SESSION_BUS_ADDRESS",
+                             "XDG_CURRENT_DESKTOP", "XDG_SESSION_ID"}) {
+        ::unsetenv(name);
+    }
+    ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
+}
+
 bool userFoldersAreBelow(const std::string& folder) {
     for (const char* name : userFolders) {
         const char* path = std::getenv(name);
@@ -41,6 +50,7 @@ int main(int count, char** arguments) {
     ::testing::InitGoogleTest(&count, arguments);
     const brimwatch::test::TemporaryFolder folder;
     moveUserFolders(folder.path());
+    leaveDesktop();
     if (!userFoldersAreBelow(folder.path())) {
         std::cerr << "The tests would touch the real home folder; they don't start.\n";
         return EXIT_FAILURE;
