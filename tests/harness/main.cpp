@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
@@ -44,6 +45,12 @@ bool userFoldersAreBelow(const std::string& folder) {
     return true;
 }
 
+// A shell lets what it starts in the background ignore these.
+void takeSignals() {
+    for (const int signal : {SIGINT, SIGQUIT})
+        ::signal(signal, SIG_DFL);
+}
+
 }  // namespace
 
 int main(int count, char** arguments) {
@@ -51,6 +58,7 @@ int main(int count, char** arguments) {
     const brimwatch::test::TemporaryFolder folder;
     moveUserFolders(folder.path());
     leaveDesktop();
+    takeSignals();
     if (!userFoldersAreBelow(folder.path())) {
         std::cerr << "The tests would touch the real home folder; they don't start.\n";
         return EXIT_FAILURE;
