@@ -1,26 +1,17 @@
 #include "limits/menu_bar_gauge.h"
 
-#include <algorithm>
-#include <cmath>
 #include <cstdint>
+
+#include "limits/usage_percent.h"
 
 namespace brimwatch {
 namespace {
-
-// Whole percents, rounded down. The rounding before that keeps a value such as 28.999999999, which
-// stands for 29, from falling to 28.
-std::int64_t percentLeft(const UsageWindow& window) {
-    constexpr double steps = 1'000'000;
-    const double fraction = std::max(1 - window.usedPercentage / 100, 0.0);
-    return static_cast<std::int64_t>(std::floor(std::round(fraction * 100 * steps) / steps));
-}
 
 std::optional<std::int64_t> menuPercent(std::span<const SubscriptionLimits> limits) {
     std::int64_t sum = 0;
     std::int64_t count = 0;
     for (const SubscriptionLimits& account : limits) {
-        const std::optional<UsageWindow>& window =
-            account.sevenDay ? account.sevenDay : account.fiveHour;
+        const std::optional<UsageWindow>& window = mainWindow(account);
         if (!window) continue;
         sum += percentLeft(*window);
         ++count;
@@ -55,8 +46,7 @@ MenuBarGauge menuBarGauge(std::span<const SubscriptionLimits> limits) {
 std::string menuTitleText(std::span<const SubscriptionLimits> limits, UsageDisplay display) {
     const std::optional<std::int64_t> percent = menuPercent(limits);
     if (!percent) return {};
-    const std::int64_t left = std::clamp<std::int64_t>(*percent, 0, 100);
-    return std::to_string(display == UsageDisplay::used ? 100 - left : left) + '%';
+    return std::to_string(shownPercent(*percent, display)) + '%';
 }
 
 }  // namespace brimwatch

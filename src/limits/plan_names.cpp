@@ -66,4 +66,10 @@ std::optional<std::string_view> codexPlanName(std::optional<std::string_view> pl
     return std::nullopt;
 }
 
+bool isPlanName(std::string_view text) {
+    const auto gives = [text](const PlanName& entry) { return entry.second == text; };
+    return std::any_of(claudePlanNames.begin(), claudePlanNames.end(), gives) ||
+           std::any_of(codexPlanNames.begin(), codexPlanNames.end(), gives);
+}
+
 }  // namespace brimwatch

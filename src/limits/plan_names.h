@@ -15,4 +15,7 @@ std::optional<std::string_view> claudePlanName(std::optional<std::string_view> t
 // For the plan type of the Codex app server, as in "prolite". Upper and lower case differ.
 std::optional<std::string_view> codexPlanName(std::optional<std::string_view> planType);
 
+// Whether the text is one that these functions give.
+bool isPlanName(std::string_view text);
+
 }  // namespace brimwatch

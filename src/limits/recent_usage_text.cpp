@@ -3,8 +3,6 @@
 #include <unicode/numberformatter.h>
 #include <unicode/unistr.h>
 
-#include <optional>
-
 #include "limits/number_locale.h"
 
 namespace brimwatch {
@@ -26,12 +24,10 @@ std::optional<std::string> withOneDecimal(double figure, const std::string& loca
 
 }  // namespace
 
-std::string text(const RecentUsageResult& result, const std::string& locale) {
-    using Status = RecentUsageResult::Status;
-    const bool hasFigure = result.status == Status::available && result.percentagePoints;
-    const auto figure = hasFigure ? withOneDecimal(*result.percentagePoints, locale) : std::nullopt;
-    if (!figure) return std::string(textWithoutFigure(result.status));
-    return std::string(result.basisName) + " 약 " + *figure + "%";
+std::optional<std::string> figureText(const RecentUsageResult& result, const std::string& locale) {
+    const bool isAvailable = result.status == RecentUsageResult::Status::available;
+    if (!isAvailable || !result.percentagePoints) return std::nullopt;
+    return withOneDecimal(*result.percentagePoints, locale);
 }
 
 }  // namespace brimwatch

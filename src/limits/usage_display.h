@@ -16,4 +16,13 @@ constexpr std::string_view rawString(UsageDisplay display) {
     return display == UsageDisplay::used ? "used" : "remaining";
 }
 
+// What follows a number, and what the choice is called.
+constexpr std::string_view shortSuffix(UsageDisplay display) {
+    return display == UsageDisplay::used ? "사용" : "남음";
+}
+
+constexpr std::string_view label(UsageDisplay display) {
+    return display == UsageDisplay::used ? "사용량" : "남은 양";
+}
+
 }  // namespace brimwatch

@@ -29,6 +29,13 @@ TEST(CardTitle, IsProviderAndAccountWhereAccountsAreShown) {
     EXPECT_EQ(record("").title(TitleAccount::shown), "Codex · work");
 }
 
+TEST(CardTitle, HasTheFirstFortyCharactersOfTheName) {
+    EXPECT_EQ(record(std::string(60, 'a')).title(TitleAccount::hidden),
+              "Codex · " + std::string(40, 'a'));
+    EXPECT_EQ(record(std::string(39, 'a') + " b").title(TitleAccount::hidden),
+              "Codex · " + std::string(39, 'a'));
+}
+
 TEST(UsageName, FoldsWhiteSpaceOfEveryKind) {
     EXPECT_EQ(normalizedUsageName("  a \t\n b\u00A0\u2003c\u3000"), "a b c");
     EXPECT_EQ(normalizedUsageName("한글 이름"), "한글 이름");

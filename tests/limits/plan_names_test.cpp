@@ -76,5 +76,12 @@ TEST(CodexPlanName, TheMatchIsExact) {
     EXPECT_EQ(codexPlanName(std::nullopt), std::nullopt);
 }
 
+TEST(PlanName, IsKnownByTheTextThatItGives) {
+    for (const char* text : {"Max 20배", "Max 5배", "Pro", "Pro Lite", "Enterprise", "Edu Plus"})
+        EXPECT_TRUE(isPlanName(text)) << text;
+    for (const char* text : {"", "pro", "prolite", "max_20x", "Max 20", "Pro ", "Gold"})
+        EXPECT_FALSE(isPlanName(text)) << text;
+}
+
 }  // namespace
 }  // namespace brimwatch
