@@ -21,6 +21,8 @@ void moveUserFolders(const std::string& folder) {
     for (const char* name : userFolders) {
         const std::string path = folder + '/' + name;
         std::filesystem::create_directories(path);
+        // As a runtime folder has to be.
+        std::filesystem::permissions(path, std::filesystem::perms::owner_all);
         ::setenv(name, path.c_str(), 1);
     }
     for (const char* name : {"CLAUDE_CONFIG_DIR", "CODEX_HOME", "BRIMWATCH_NEXT_STATUSLINE"}) {

@@ -1,0 +1,42 @@
+#include "platform/linux/screen_pixels.h"
+
+#include <QCursor>
+#include <QGuiApplication>
+#include <QScreen>
+#include <algorithm>
+
+namespace brimwatch {
+
+namespace {
+
+// The corner of a screen is the same in both measures, but for what lies between it and a place.
+QPoint inPixels(const QScreen& screen, QPoint place) {
+    const QPoint corner = screen.geometry().topLeft();
+    return corner + (place - corner) * screen.devicePixelRatio();
+}
+
+}  // namespace
+
+double largestPixelRatio() {
+    double largest = 1;
+    for (const QScreen* screen : QGuiApplication::screens())
+        largest = std::max(largest, screen->devicePixelRatio());
+    return largest;
+}
+
+QPoint pointerInPixels() {
+    const QPoint pointer = QCursor::pos();
+    const QScreen* screen = QGuiApplication::screenAt(pointer);
+    return screen == nullptr ? pointer : inPixels(*screen, pointer);
+}
+
+bool isOnScreen(QPoint pixel) {
+    const QList<QScreen*> screens = QGuiApplication::screens();
+    return std::any_of(screens.begin(), screens.end(), [pixel](const QScreen* screen) {
+        const QRect geometry = screen->geometry();
+        const QSize size = geometry.size() * screen->devicePixelRatio();
+        return QRect(geometry.topLeft(), size).contains(pixel);
+    });
+}
+
+}  // namespace brimwatch
