@@ -1,5 +1,6 @@
 #include "platform/linux/bus_connection.h"
 
+#include <QDBusVariant>
 #include <QFile>
 #include <QUrl>
 #include <string>
@@ -31,7 +32,10 @@ std::optional<QString> sessionBusAddress(const Environment& environment) {
 }
 
 BusConnection::BusConnection(const QString& address)
-    : connection_(QDBusConnection::connectToBus(address, nextName())) {}
+    : connection_(QDBusConnection::connectToBus(address, nextName())) {
+    // Replies find the types of a slot by name, and this one is not among those that Qt knows so.
+    qRegisterMetaType<QDBusVariant>();
+}
 
 BusConnection::~BusConnection() {
     QDBusConnection::disconnectFromBus(connection_.name());

@@ -33,10 +33,8 @@ class BusLink final : public QObject {
     // There is no bus, or it is gone. Once, until another one has been found.
     void missing();
 
-  private slots:
-    void leave();
-
   private:
+    Q_SLOT void leave();
     void look();
     bool connectToBus();
 

@@ -1,9 +1,10 @@
-// An item of the panel and its menu, as they lie on the bus together. Main thread.
+// An item of the panel with its menu, on a connection of its own: closing that is the one way to
+// take an item out of every panel. Main thread.
 #pragma once
 
-#include <QDBusConnection>
 #include <QString>
 
+#include "platform/linux/bus_connection.h"
 #include "platform/linux/dbus_menu.h"
 #include "platform/linux/panel_content.h"
 #include "platform/linux/status_notifier_item.h"
@@ -11,18 +12,18 @@
 namespace brimwatch {
 
 struct NotifierEntry {
-    explicit NotifierEntry(const QString& id) : item(id, DBusMenu::objectPath()) {}
+    NotifierEntry(const QString& address, const QString& id)
+        : connection(address), item(id, DBusMenu::objectPath()) {}
 
     // Before it is registered: some panels read it at once.
-    bool exportOn(const QDBusConnection& connection) {
-        return menu.exportOn(connection) && item.exportOn(connection);
-    }
+    bool exportAll() { return menu.exportOn(*connection) && item.exportOn(*connection); }
 
     void setRows(const PanelContent& content) {
         menu.setRows(content.rows);
         item.setDescription(content.description().toHtmlEscaped());
     }
 
+    BusConnection connection;
     DBusMenu menu;
     StatusNotifierItem item;
 };

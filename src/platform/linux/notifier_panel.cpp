@@ -6,10 +6,12 @@ namespace brimwatch {
 
 namespace {
 
+using Presence = NotifierWatcher::Presence;
+
 Q_LOGGING_CATEGORY(panelLog, "net.quillmoor.brimwatch.panel")
 
-const char* const itemId = "net.quillmoor.brimwatch";
-const char* const numberItemId = "net.quillmoor.brimwatch.number";
+const char* const ringId = "net.quillmoor.brimwatch";
+const char* const numberId = "net.quillmoor.brimwatch.number";
 
 QString valueOf(const Environment& environment, std::string_view name) {
     const auto value = environment.value(name).value_or("");
@@ -18,58 +20,58 @@ QString valueOf(const Environment& environment, std::string_view name) {
 
 }  // namespace
 
-struct NotifierPanel::NumberItem {
-    explicit NumberItem(const QString& address) : connection(address), entry(numberItemId) {}
-
-    BusConnection connection;
-    NotifierEntry entry;
-};
-
-NotifierPanel::NotifierPanel(const Environment& environment, std::chrono::milliseconds busRetry,
+NotifierPanel::NotifierPanel(const Environment& environment, Delays delays,
                              const PanelContent& content)
     : desktops_(valueOf(environment, "XDG_CURRENT_DESKTOP")),
       content_(content),
-      ring_(itemId),
-      bus_(environment, busRetry) {
-    listenTo(ring_);
+      bus_(environment, delays.busRetry) {
+    acquaintance_.setSingleShot(true);
+    acquaintance_.setInterval(delays.acquaintance);
+    connect(&acquaintance_, &QTimer::timeout, this, &NotifierPanel::updateNumber);
     connect(&bus_, &BusLink::opened, this, &NotifierPanel::meetBus);
     connect(&bus_, &BusLink::missing, this, &NotifierPanel::leaveBus);
 }
-
-NotifierPanel::~NotifierPanel() = default;
 
 void NotifierPanel::show() {
     bus_.open();
 }
 
-NotifierWatcher::Presence NotifierPanel::presence() const {
-    return watcher_ ? watcher_->presence() : NotifierWatcher::Presence::absent;
+Presence NotifierPanel::presence() const {
+    return watcher_ ? watcher_->presence() : Presence::absent;
 }
 
 PanelTraits NotifierPanel::traits() const {
-    return panelTraits(desktops_,
-                       watcher_ ? watcher_->hosts().value_or(QStringList()) : QStringList());
+    const QStringList noHosts;
+    PanelTraits traits =
+        panelTraits(desktops_, watcher_ ? watcher_->hosts().value_or(noHosts) : noHosts);
+    if (xfceShade_ && xfceShade_->isDark()) traits.shade = PanelTraits::Shade::dark;
+    return traits;
 }
 
 void NotifierPanel::meetBus() {
-    if (!ring_.exportOn(*bus_.connection())) return;
     watcher_.emplace(*bus_.connection());
     connect(&*watcher_, &NotifierWatcher::appeared, this, &NotifierPanel::meetWatcher);
-    connect(&*watcher_, &NotifierWatcher::vanished, this, &NotifierPanel::noteHosts);
+    connect(&*watcher_, &NotifierWatcher::vanished, this, &NotifierPanel::meetWatcher);
     connect(&*watcher_, &NotifierWatcher::hostsChanged, this, &NotifierPanel::noteHosts);
+    if (!isXfce(desktops_)) return;
+    xfceShade_.emplace(*bus_.connection());
+    connect(&*xfceShade_, &XfcePanelShade::changed, this, &NotifierPanel::changed);
 }
 
 void NotifierPanel::leaveBus() {
     qCWarning(panelLog, "No session bus answers. Panels that need one can't show the program.");
-    numberItem_.reset();
+    ring_.reset();
+    number_.reset();
+    xfceShade_.reset();
     watcher_.reset();
     emit changed();
 }
 
+// Another one knows nothing of what the former was told.
 void NotifierPanel::meetWatcher() {
-    watcher_->registerItem(*bus_.connection());
-    // The number comes again behind the ring.
-    numberItem_.reset();
+    ring_.reset();
+    number_.reset();
+    acquaintance_.start();
     noteHosts();
 }
 
@@ -78,53 +80,68 @@ void NotifierPanel::noteHosts() {
     updateNumber();
 }
 
-void NotifierPanel::updateNumber() {
-    ring_.item.setTitle(content_.title());
-    ring_.item.setLabel(content_.number);
-    updatePicture();
-    arrangeNumberItem();
-}
-
 void NotifierPanel::updatePicture() {
+    if (!ring_) return;
     const bool isWide = traits().numberPlace == PanelTraits::NumberPlace::insidePicture;
     if (isWide && !content_.number.isEmpty()) {
-        ring_.item.setPicture(wide_.joined(content_.picture, content_.number, content_.look));
+        ring_->item.setPicture(wide_.joined(content_.picture, content_.number, content_.look));
     } else if (content_.picture.isNull()) {
-        ring_.item.setPicture(emptySquare(content_.look));
+        ring_->item.setPicture(emptySquare(content_.look));
     } else {
-        ring_.item.setPicture(content_.picture);
+        ring_->item.setPicture(content_.picture);
     }
 }
 
 void NotifierPanel::updateRows() {
-    ring_.setRows(content_);
-    if (numberItem_) numberItem_->entry.setRows(content_);
+    if (ring_) ring_->setRows(content_);
+    if (number_) number_->setRows(content_);
 }
 
-void NotifierPanel::arrangeNumberItem() {
-    const bool isWanted = presence() == NotifierWatcher::Presence::present && watcher_->hosts() &&
-                          traits().numberPlace == PanelTraits::NumberPlace::ownItem &&
-                          !content_.number.isEmpty();
-    if (!isWanted) return numberItem_.reset();
-    const bool isNew = !numberItem_;
-    if (isNew) numberItem_ = std::make_unique<NumberItem>(bus_.address());
-    NotifierEntry& entry = numberItem_->entry;
-    entry.item.setTitle(content_.title());
-    entry.item.setPicture(numberSquare(content_.number, content_.look));
-    if (isNew) addNumberItem();
+void NotifierPanel::updateNumber() {
+    if (presence() != Presence::present || !watcher_->hosts()) return;
+    const bool isNumberFirst = traits().newItem == PanelTraits::NewItem::onTheLeft;
+    if (isNumberFirst) updateNumberItem();
+    const bool isRingNew = !ring_;
+    if (isRingNew) ring_ = newEntry(ringId);
+    ring_->item.setTitle(content_.title());
+    ring_->item.setLabel(content_.number);
+    updatePicture();
+    if (isRingNew) registerEntry(*ring_);
+    if (!isNumberFirst) updateNumberItem();
 }
 
-void NotifierPanel::addNumberItem() {
-    NotifierEntry& entry = numberItem_->entry;
-    entry.setRows(content_);
-    listenTo(entry);
-    if (entry.exportOn(*numberItem_->connection)) watcher_->registerItem(*numberItem_->connection);
+void NotifierPanel::updateNumberItem() {
+    if (!isNumberItemWanted()) return number_.reset();
+    const bool isNew = !number_;
+    if (isNew) number_ = newEntry(numberId);
+    number_->item.setTitle(content_.title());
+    number_->item.setPicture(numberSquare(content_.number, content_.look));
+    const bool isSeen = !content_.number.isEmpty() || acquaintance_.isActive();
+    number_->item.setStatus(isSeen ? StatusNotifierItem::Status::active
+                                   : StatusNotifierItem::Status::passive);
+    if (isNew) registerEntry(*number_);
 }
 
-void NotifierPanel::listenTo(const NotifierEntry& entry) {
-    connect(&entry.item, &StatusNotifierItem::activated, this, &NotifierPanel::activated);
-    connect(&entry.menu, &DBusMenu::opened, this, &NotifierPanel::menuOpened);
-    connect(&entry.menu, &DBusMenu::commandChosen, this, &NotifierPanel::commandChosen);
+// Xfce remembers for ever in which order it first showed two items, and shows no passive ones: so
+// the number is shown before the ring, for a moment even while there is none. Others would show
+// passive items, too.
+bool NotifierPanel::isNumberItemWanted() const {
+    const PanelTraits panel = traits();
+    return panel.numberPlace == PanelTraits::NumberPlace::ownItem &&
+           (panel.newItem == PanelTraits::NewItem::onTheLeft || !content_.number.isEmpty());
+}
+
+std::unique_ptr<NotifierEntry> NotifierPanel::newEntry(const char* id) const {
+    auto entry = std::make_unique<NotifierEntry>(bus_.address(), id);
+    entry->setRows(content_);
+    connect(&entry->item, &StatusNotifierItem::activated, this, &NotifierPanel::activated);
+    connect(&entry->menu, &DBusMenu::opened, this, &NotifierPanel::menuOpened);
+    connect(&entry->menu, &DBusMenu::commandChosen, this, &NotifierPanel::commandChosen);
+    return entry;
+}
+
+void NotifierPanel::registerEntry(NotifierEntry& entry) const {
+    if (entry.exportAll()) watcher_->registerItem(entry.connection->baseService());
 }
 
 }  // namespace brimwatch

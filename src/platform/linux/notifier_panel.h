@@ -1,12 +1,12 @@
 // The item in a panel that finds its items on the session bus.
 //
-// Where the panel shows no text beside a picture, there is a second item, which holds only the
-// number. It has a connection of its own, because closing that is the one way to take an item out
-// of every panel. Main thread.
+// Where the panel shows no text beside a picture, there is a second item on the right of the first,
+// which holds only the number. The items are there while a keeper of items is. Main thread.
 #pragma once
 
 #include <QObject>
 #include <QPoint>
+#include <QTimer>
 #include <chrono>
 #include <memory>
 #include <optional>
@@ -17,6 +17,7 @@
 #include "platform/linux/number_picture.h"
 #include "platform/linux/panel_content.h"
 #include "platform/linux/panel_traits.h"
+#include "platform/linux/xfce_panel_shade.h"
 #include "support/environment.h"
 
 namespace brimwatch {
@@ -25,10 +26,13 @@ class NotifierPanel final : public QObject {
     Q_OBJECT
 
   public:
-    // What the environment views and the content must outlive it.
-    NotifierPanel(const Environment& environment, std::chrono::milliseconds busRetry,
-                  const PanelContent& content);
-    ~NotifierPanel() override;
+    struct Delays {
+        std::chrono::milliseconds busRetry;      // between two looks for a bus
+        std::chrono::milliseconds acquaintance;  // how long a panel needs to meet a new item
+    };
+
+    // The content, and what the environment is a view of, must outlive it.
+    NotifierPanel(const Environment& environment, Delays delays, const PanelContent& content);
 
     // Once.
     void show();
@@ -50,23 +54,24 @@ class NotifierPanel final : public QObject {
     void changed();
 
   private:
-    struct NumberItem;
-
     void meetBus();
     void leaveBus();
     void meetWatcher();
     void noteHosts();
-    void arrangeNumberItem();
-    void addNumberItem();
-    void listenTo(const NotifierEntry& entry);
+    void updateNumberItem();
+    bool isNumberItemWanted() const;
+    std::unique_ptr<NotifierEntry> newEntry(const char* id) const;
+    void registerEntry(NotifierEntry& entry) const;
 
     const QString desktops_;
     const PanelContent& content_;
-    NotifierEntry ring_;
     PictureWithNumber wide_;
     BusLink bus_;
+    QTimer acquaintance_;
     std::optional<NotifierWatcher> watcher_;
-    std::unique_ptr<NumberItem> numberItem_;
+    std::optional<XfcePanelShade> xfceShade_;
+    std::unique_ptr<NotifierEntry> ring_;
+    std::unique_ptr<NotifierEntry> number_;
 };
 
 }  // namespace brimwatch

@@ -41,9 +41,8 @@ NotifierWatcher::NotifierWatcher(const QDBusConnection& connection)
     askBus("GetNameOwner", {serviceName}, SLOT(noteFirstOwner(QString)), SLOT(noteNoOwner()));
 }
 
-void NotifierWatcher::registerItem(const QDBusConnection& connection) const {
-    connection.send(
-        watcherCall(serviceName, "RegisterStatusNotifierItem", {connection.baseService()}));
+void NotifierWatcher::registerItem(const QString& service) const {
+    connection_.send(watcherCall(serviceName, "RegisterStatusNotifierItem", {service}));
 }
 
 void NotifierWatcher::noteOwner(const QString&, const QString&, const QString& owner) {

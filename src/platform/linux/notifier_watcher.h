@@ -28,8 +28,8 @@ class NotifierWatcher final : public QObject {
     // Names of the programs that show the items, as far as they can be told. Nothing until the bus
     // has answered.
     const std::optional<QStringList>& hosts() const { return hosts_; }
-    // On that connection, at its usual path.
-    void registerItem(const QDBusConnection& connection) const;
+    // The one at the usual path of that service. Items come in the order of the calls.
+    void registerItem(const QString& service) const;
 
   signals:
     // It is there, and it may be another one than before.
@@ -37,18 +37,17 @@ class NotifierWatcher final : public QObject {
     void vanished();
     void hostsChanged();
 
-  private slots:
-    void noteOwner(const QString& name, const QString& former, const QString& owner);
-    void noteFirstOwner(const QString& owner);
-    void noteNoOwner();
-    void askForHosts();
-    void noteHasHost(const QDBusVariant& hasHost);
-    void noteNames(const QStringList& names);
-    void noteProcess(uint process);
-    void noteNoProcess();
-    void ignoreError() {}
-
   private:
+    Q_SLOT void noteOwner(const QString& name, const QString& former, const QString& owner);
+    Q_SLOT void noteFirstOwner(const QString& owner);
+    Q_SLOT void noteNoOwner();
+    Q_SLOT void askForHosts();
+    Q_SLOT void noteHasHost(const QDBusVariant& hasHost);
+    Q_SLOT void noteNames(const QStringList& names);
+    Q_SLOT void noteProcess(uint process);
+    Q_SLOT void noteNoProcess();
+    Q_SLOT void ignoreError() {}
+
     void setOwner(const QString& owner);
     void askBus(const QString& method, const QVariantList& arguments, const char* answer,
                 const char* failure = SLOT(ignoreError()));

@@ -49,7 +49,7 @@ PanelItem::PanelItem(const Environment& environment, const DesktopAppearance& ap
                      Delays delays)
     : appearance_(appearance),
       placesHaveMeaning_(doPlacesHaveMeaning(environment)),
-      notifiers_(environment, delays.busRetry, content_) {
+      notifiers_(environment, delays.notifiers, content_) {
     oldTrayDelay_.setSingleShot(true);
     oldTrayDelay_.setInterval(delays.oldTray);
     content_.look = currentLook();
@@ -76,8 +76,6 @@ void PanelItem::watchScreens() {
 
 void PanelItem::show() {
     isShown_ = true;
-    notifiers_.updateNumber();
-    notifiers_.updateRows();
     notifiers_.show();
     noteChange();
 }

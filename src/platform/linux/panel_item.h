@@ -25,8 +25,8 @@ class PanelItem final : public StatusItem {
 
   public:
     struct Delays {
-        // Between two looks for a session bus.
-        std::chrono::milliseconds busRetry = std::chrono::seconds(10);
+        NotifierPanel::Delays notifiers = {.busRetry = std::chrono::seconds(10),
+                                           .acquaintance = std::chrono::seconds(2)};
         // A panel that starts may be a tray of the old kind a moment before it is one on the bus.
         std::chrono::milliseconds oldTray = std::chrono::seconds(1);
     };

@@ -7,22 +7,29 @@ namespace brimwatch {
 
 namespace {
 
+using NewItem = PanelTraits::NewItem;
+using NumberPlace = PanelTraits::NumberPlace;
+using Shade = PanelTraits::Shade;
+
 struct DesktopPanel {
     QLatin1String desktop;
     PanelTraits traits;
 };
 
-using NumberPlace = PanelTraits::NumberPlace;
-using Shade = PanelTraits::Shade;
+constexpr QLatin1String xfce("XFCE");
 
 // The bars of GNOME and Cinnamon are dark whatever the windows below them are.
 constexpr std::array<DesktopPanel, 5> panels = {{
-    {QLatin1String("GNOME"), {NumberPlace::label, Shade::dark}},
-    {QLatin1String("Unity"), {NumberPlace::label, Shade::dark}},
-    {QLatin1String("MATE"), {NumberPlace::label, Shade::asDesktop}},
-    {QLatin1String("X-Cinnamon"), {NumberPlace::ownItem, Shade::dark}},
-    {QLatin1String("XFCE"), {NumberPlace::ownItem, Shade::dark}},
+    {QLatin1String("GNOME"), {NumberPlace::label, NewItem::onTheRight, Shade::dark}},
+    {QLatin1String("Unity"), {NumberPlace::label, NewItem::onTheRight, Shade::dark}},
+    {QLatin1String("MATE"), {NumberPlace::label, NewItem::onTheRight, Shade::asDesktop}},
+    {QLatin1String("X-Cinnamon"), {NumberPlace::ownItem, NewItem::onTheRight, Shade::dark}},
+    {xfce, {NumberPlace::ownItem, NewItem::onTheLeft, Shade::asDesktop}},
 }};
+
+bool isSame(QStringView desktop, QLatin1String name) {
+    return desktop.compare(name, Qt::CaseInsensitive) == 0;
+}
 
 // As a part of the name, since some distributions wrap the program.
 bool isWaybar(const QString& host) {
@@ -31,12 +38,19 @@ bool isWaybar(const QString& host) {
 
 }  // namespace
 
+bool isXfce(QStringView desktops) {
+    const QList<QStringView> names = desktops.split(u':');
+    return std::any_of(names.begin(), names.end(),
+                       [](QStringView name) { return isSame(name, xfce); });
+}
+
 PanelTraits panelTraits(QStringView desktops, const QStringList& hosts) {
+    // Its own style, which most people start from, is dark.
     if (!hosts.isEmpty() && std::all_of(hosts.begin(), hosts.end(), isWaybar))
-        return {NumberPlace::insidePicture, Shade::dark};
-    for (const QStringView desktop : desktops.split(u':')) {
+        return {NumberPlace::insidePicture, NewItem::onTheRight, Shade::dark};
+    for (const QStringView name : desktops.split(u':')) {
         for (const DesktopPanel& panel : panels)
-            if (desktop.compare(panel.desktop, Qt::CaseInsensitive) == 0) return panel.traits;
+            if (isSame(name, panel.desktop)) return panel.traits;
     }
     return {};
 }

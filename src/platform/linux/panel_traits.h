@@ -14,17 +14,22 @@ struct PanelTraits {
         insidePicture,  // the panel shows wide pictures as they are
         ownItem,        // wide pictures are squeezed into a square: a picture of its own
     };
+    // The side on which a new item comes to stand of those that are there.
+    enum class NewItem { onTheRight, onTheLeft };
     // Nobody tells what colour the panel has.
-    enum class Shade { dark, asDesktop };
+    enum class Shade { asDesktop, dark };
 
     NumberPlace numberPlace = NumberPlace::ownItem;
+    NewItem newItem = NewItem::onTheRight;
     Shade shade = Shade::asDesktop;
 
     bool operator==(const PanelTraits&) const = default;
 };
 
-// `desktops` is XDG_CURRENT_DESKTOP, names with colons between them; `hosts` are the names of the
-// programs that show the items.
+// Among XDG_CURRENT_DESKTOP, names with colons between them.
+bool isXfce(QStringView desktops);
+
+// `hosts` are the names of the programs that show the items.
 PanelTraits panelTraits(QStringView desktops, const QStringList& hosts);
 
 }  // namespace brimwatch

@@ -58,12 +58,20 @@ constexpr const char* introspection = R"xml(<interface name="org.kde.StatusNotif
   <signal name="NewTitle"/>
   <signal name="NewIcon"/>
   <signal name="NewToolTip"/>
+  <signal name="NewStatus">
+    <arg name="status" type="s"/>
+  </signal>
   <signal name="XAyatanaNewLabel">
     <arg name="label" type="s"/>
     <arg name="guide" type="s"/>
   </signal>
 </interface>
 )xml";
+
+QString statusName(StatusNotifierItem::Status status) {
+    return status == StatusNotifierItem::Status::active ? QStringLiteral("Active")
+                                                        : QStringLiteral("Passive");
+}
 
 }  // namespace
 
@@ -113,6 +121,12 @@ void StatusNotifierItem::setPicture(const QImage& picture) {
     send("NewIcon");
 }
 
+void StatusNotifierItem::setStatus(Status status) {
+    if (status_ == status) return;
+    status_ = status;
+    send("NewStatus", {statusName(status_)});
+}
+
 QString StatusNotifierItem::introspect(const QString& path) const {
     return path == objectPath() ? QString::fromLatin1(introspection) : QString();
 }
@@ -157,7 +171,7 @@ QVariantMap StatusNotifierItem::properties() const {
         {"Category", "ApplicationStatus"},
         {"Id", id_},
         {"Title", title_},
-        {"Status", "Active"},
+        {"Status", statusName(status_)},
         {"WindowId", 0},
         {"IconThemePath", ""},
         // A name would win over the pixmap.

@@ -21,6 +21,9 @@ class StatusNotifierItem final : public QDBusVirtualObject {
     Q_OBJECT
 
   public:
+    // Some panels keep the place of a passive item, and show nothing there.
+    enum class Status { active, passive };
+
     // Where watchers look for it if they are told nothing else.
     static QString objectPath() { return QStringLiteral("/StatusNotifierItem"); }
 
@@ -37,6 +40,7 @@ class StatusNotifierItem final : public QDBusVirtualObject {
     // The lines below the title in the tooltip.
     void setDescription(const QString& description);
     void setPicture(const QImage& picture);
+    void setStatus(Status status);
 
     QString introspect(const QString& path) const override;
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override;
@@ -67,6 +71,7 @@ class StatusNotifierItem final : public QDBusVirtualObject {
     QString title_;
     QString label_;
     QString description_;
+    Status status_ = Status::active;
     NotifierPixmap pixmap_;
     NotifierPixmap nextPixmap_;
     QString activationToken_;

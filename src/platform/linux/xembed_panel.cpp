@@ -30,8 +30,8 @@ XembedPanel::XembedPanel(const PanelContent& content) : content_(content) {
     setUp(ring_);
     updatePicture();
     updateRows();
-    ring_.show();
     updateNumber();
+    ring_.show();
 }
 
 void XembedPanel::setUp(QSystemTrayIcon& icon) {
@@ -51,12 +51,18 @@ void XembedPanel::updateNumber() {
         const bool isNew = !number_;
         if (isNew) number_ = std::make_unique<QSystemTrayIcon>();
         number_->setIcon(iconOf(numberSquare(drawnNumber_, drawnLook_)));
-        if (isNew) {
-            setUp(*number_);
-            number_->show();
-        }
+        if (isNew) showNumber();
     }
     updateToolTip();
+}
+
+// Such trays put a new window on the left of those that they have.
+void XembedPanel::showNumber() {
+    setUp(*number_);
+    const bool isRingShown = ring_.isVisible();
+    ring_.hide();
+    number_->show();
+    ring_.setVisible(isRingShown);
 }
 
 void XembedPanel::updatePicture() {

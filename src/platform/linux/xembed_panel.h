@@ -34,6 +34,7 @@ class XembedPanel final : public QObject {
     void commandChosen(int id);
 
   private:
+    void showNumber();
     void updateToolTip();
     void setUp(QSystemTrayIcon& icon);
 

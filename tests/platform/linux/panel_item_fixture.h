@@ -23,8 +23,10 @@ class PanelItemTest : public PanelTest {
     void makeItem(const std::string& desktop = "XFCE") {
         environment_.set("DBUS_SESSION_BUS_ADDRESS", busAddress().toStdString());
         environment_.set("XDG_CURRENT_DESKTOP", desktop);
-        const PanelItem::Delays quick = {.busRetry = std::chrono::milliseconds(20),
-                                         .oldTray = std::chrono::milliseconds(1)};
+        using std::chrono::milliseconds;
+        const PanelItem::Delays quick = {
+            .notifiers = {.busRetry = milliseconds(20), .acquaintance = milliseconds(50)},
+            .oldTray = milliseconds(1)};
         item_ = std::make_unique<PanelItem>(environment_.view(), appearance_, quick);
         QObject::connect(item_.get(), &StatusItem::activated, item_.get(),
                          [this](std::optional<QPoint> position, const QString& token) {

@@ -14,7 +14,7 @@ using Kind = StatusItem::MenuRow::Kind;
 
 TEST_F(PanelItemTest, StandsInThePanelThatIsThere) {
     startPanel();
-    makeItem();
+    makeItem("LXQt");
     item_->setPicture(square(Qt::red));
     EXPECT_TRUE(panel_->items().isEmpty()) << "it is not to be shown yet";
     EXPECT_FALSE(item_->isVisible());
@@ -39,7 +39,7 @@ TEST_F(PanelItemTest, LeavesAnEmptyPlaceWithoutAPicture) {
 
 TEST_F(PanelItemTest, TellsTheNumberInEveryText) {
     startPanel();
-    showItem();
+    showItem("LXQt");
     ASSERT_TRUE(hasItems(1));
     const QString service = ring();
     EXPECT_EQ(panel_->property(service, "Title"), "Brimwatch?");
@@ -85,9 +85,9 @@ TEST_F(PanelItemTest, KeepsThePixelsOfAPictureThatIsDrawnOver) {
     EXPECT_EQ(pixmapOf(ring()).bytes, QByteArray(22 * 22 * 4, '\x20'));
 }
 
-TEST_F(PanelItemTest, HoldsTheNumberInASecondItemBehindTheFirst) {
+TEST_F(PanelItemTest, HoldsTheNumberInASecondItem) {
     startPanel();
-    makeItem("XFCE");
+    makeItem("LXQt");
     item_->setTitle("42%");
     item_->show();
     ASSERT_TRUE(hasItems(2));
@@ -98,6 +98,34 @@ TEST_F(PanelItemTest, HoldsTheNumberInASecondItemBehindTheFirst) {
     EXPECT_EQ(pixmapOf(number()), expected);
     EXPECT_EQ(panel_->property(number(), "XAyatanaLabel"), "");
     EXPECT_EQ(panel_->property(number(), "Title"), "Brimwatch? 42%");
+}
+
+TEST_F(PanelItemTest, ComesLastWherePanelsPutNewItemsOnTheLeft) {
+    startPanel();
+    showItem("XFCE");
+    ASSERT_TRUE(hasItems(2));
+    EXPECT_EQ(panel_->idOf(panel_->items()[0]), test::numberId);
+    EXPECT_EQ(panel_->idOf(panel_->items()[1]), test::ringId);
+    EXPECT_EQ(panel_->property(ring(), "Status"), "Active");
+}
+
+TEST_F(PanelItemTest, HidesTheItemOfAMissingNumberOnceSuchAPanelKnowsIt) {
+    startPanel();
+    showItem("XFCE");
+    ASSERT_TRUE(hasItems(2));
+    const QString service = number();
+    const auto isPassive = [&] { return panel_->property(service, "Status") == "Passive"; };
+    EXPECT_TRUE(test::eventuallyInLoop(isPassive));
+    test::SignalLog told(panel_->connection(), service);
+    item_->setTitle("42%");
+    item_->setTitle("41%");
+    settle();
+    EXPECT_EQ(told.count("NewStatus"), 1);
+    EXPECT_EQ(told.last("NewStatus"), QVariantList{"Active"});
+    EXPECT_FALSE(isPassive());
+    item_->setTitle("");
+    EXPECT_TRUE(isPassive());
+    EXPECT_EQ(panel_->items().size(), 2);
 }
 
 TEST_F(PanelItemTest, ChangesTheSecondItemOnlyWithTheNumber) {
@@ -202,7 +230,7 @@ TEST_F(PanelItemTest, HasTheSameMenuOnBothItems) {
 
 TEST_F(PanelItemTest, MayLoseTheNumberByAClickOnIt) {
     startPanel();
-    makeItem();
+    makeItem("LXQt");
     item_->setTitle("42%");
     item_->show();
     ASSERT_TRUE(hasItems(2));
@@ -232,6 +260,54 @@ TEST_F(PanelItemTest, IsDarkInTheBarOfGnomeWhateverTheDesktopIs) {
     EXPECT_EQ(looks_, 0);
 }
 
+// Stands where the desktop keeps its settings.
+class FakeXfconf : public QObject {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.xfce.Xfconf")
+
+  public:
+    explicit FakeXfconf(const QString& address) : connection_(address) {
+        EXPECT_TRUE(connection_->registerObject("/org/xfce/Xfconf", this,
+                                                QDBusConnection::ExportAllContents));
+        EXPECT_TRUE(connection_->registerService("org.xfce.Xfconf"));
+    }
+
+    void setDark(bool isDark) {
+        isDark_ = isDark;
+        emit PropertyChanged("xfce4-panel", "/panels/dark-mode", QDBusVariant(isDark));
+        emit PropertyChanged("xfce4-panel", "/panels/panel-1/size", QDBusVariant(7));
+        emit PropertyChanged("xsettings", "/panels/dark-mode", QDBusVariant(!isDark));
+    }
+
+  public slots:
+    QDBusVariant GetProperty(const QString& channel, const QString& name) {
+        EXPECT_EQ(channel, "xfce4-panel");
+        EXPECT_EQ(name, "/panels/dark-mode");
+        return QDBusVariant(isDark_);
+    }
+
+  signals:
+    void PropertyChanged(const QString& channel, const QString& name, const QDBusVariant& value);
+
+  private:
+    test::OwnConnection connection_;
+    bool isDark_ = true;
+};
+
+TEST_F(PanelItemTest, IsDarkInAPanelOfXfceThatIsSetToBeDark) {
+    FakeXfconf settings(busAddress());
+    startPanel();
+    showItem("XFCE");
+    ASSERT_TRUE(test::eventuallyInLoop([this] { return item_->look().isDark; }));
+    EXPECT_EQ(looks_, 1);
+    settings.setDark(false);
+    ASSERT_TRUE(test::eventuallyInLoop([this] { return !item_->look().isDark; }));
+    settings.setDark(true);
+    ASSERT_TRUE(test::eventuallyInLoop([this] { return item_->look().isDark; }));
+    settle();
+    EXPECT_EQ(looks_, 3);
+}
+
 TEST_F(PanelItemTest, DrawsTheNumberAnewInAnotherInk) {
     startPanel();
     makeItem("KDE");
@@ -250,3 +326,5 @@ TEST_F(PanelItemTest, HasPicturesOfAWholeNumberOfPixels) {
 
 }  // namespace
 }  // namespace brimwatch
+
+#include "panel_item_test.moc"

@@ -34,6 +34,7 @@ TEST(PanelTraits, KnowThePanelsThatAreAlwaysDark) {
     EXPECT_EQ(panelTraits(u"ubuntu:GNOME", {}).shade, Shade::dark);
     EXPECT_EQ(panelTraits(u"X-Cinnamon", {}).shade, Shade::dark);
     EXPECT_EQ(panelTraits(u"sway", {"waybar"}).shade, Shade::dark);
+    EXPECT_EQ(panelTraits(u"XFCE", {"xfce4-panel"}).shade, Shade::asDesktop);
     EXPECT_EQ(panelTraits(u"KDE", {"plasmashell"}).shade, Shade::asDesktop);
     EXPECT_EQ(panelTraits(u"", {}).shade, Shade::asDesktop);
 }
