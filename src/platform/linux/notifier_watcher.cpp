@@ -45,7 +45,8 @@ void NotifierWatcher::registerItem(const QString& service) const {
     connection_.send(watcherCall(serviceName, "RegisterStatusNotifierItem", {service}));
 }
 
-void NotifierWatcher::noteOwner(const QString&, const QString&, const QString& owner) {
+void NotifierWatcher::noteOwner(const QString& /*name*/, const QString& /*former*/,
+                                const QString& owner) {
     setOwner(owner);
 }
 

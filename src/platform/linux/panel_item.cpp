@@ -16,16 +16,13 @@ using Look = StatusItem::Look;
 using Presence = NotifierWatcher::Presence;
 
 constexpr double pointsOfPicture = 20;
-// Panels show icons of 22 pixels, or a few less or more, on a screen without scaling: a picture of
-// just that size stays sharp in most of them, and one a little smaller would leave a rim in others.
-constexpr double pixelsOfPicture = 22;
 
 constexpr QColor inkOnDark(0xf2, 0xf2, 0xf2);
 constexpr QColor inkOnLight(0x2b, 0x2b, 0x2b);
 
 // Only on X11 does a panel know where it is, and can a window be put beside it.
 bool doPlacesHaveMeaning(const Environment& environment) {
-    return QGuiApplication::platformName() != u"wayland" &&
+    return !QGuiApplication::platformName().startsWith(u"wayland") &&
            environment.value("WAYLAND_DISPLAY").value_or("").empty();
 }
 
@@ -146,9 +143,9 @@ void PanelItem::updateLook() {
 }
 
 Look PanelItem::currentLook() const {
-    const bool isDark =
-        notifiers_.traits().shade == PanelTraits::Shade::dark || appearance_.isDark();
-    const double pixels = std::round(pixelsOfPicture * largestPixelRatio());
+    const PanelTraits panel = notifiers_.traits();
+    const bool isDark = panel.shade == PanelTraits::Shade::dark || appearance_.isDark();
+    const double pixels = std::round(panel.pictureSidePixels * largestPixelRatio());
     return {isDark, isDark ? inkOnDark : inkOnLight, pixels / pointsOfPicture};
 }
 

@@ -18,6 +18,10 @@ struct DesktopPanel {
 
 constexpr QLatin1String xfce("XFCE");
 
+// Its own style, which most people start from, is dark. It shows icons of 16 pixels, or of the 20
+// or so that its example suggests; of a larger picture it makes a blurred one.
+constexpr PanelTraits waybar = {NumberPlace::insidePicture, NewItem::onTheRight, Shade::dark, 20};
+
 // The bars of GNOME and Cinnamon are dark whatever the windows below them are.
 constexpr std::array<DesktopPanel, 5> panels = {{
     {QLatin1String("GNOME"), {NumberPlace::label, NewItem::onTheRight, Shade::dark}},
@@ -45,9 +49,7 @@ bool isXfce(QStringView desktops) {
 }
 
 PanelTraits panelTraits(QStringView desktops, const QStringList& hosts) {
-    // Its own style, which most people start from, is dark.
-    if (!hosts.isEmpty() && std::all_of(hosts.begin(), hosts.end(), isWaybar))
-        return {NumberPlace::insidePicture, NewItem::onTheRight, Shade::dark};
+    if (!hosts.isEmpty() && std::all_of(hosts.begin(), hosts.end(), isWaybar)) return waybar;
     for (const QStringView name : desktops.split(u':')) {
         for (const DesktopPanel& panel : panels)
             if (isSame(name, panel.desktop)) return panel.traits;

@@ -22,6 +22,8 @@ struct PanelTraits {
     NumberPlace numberPlace = NumberPlace::ownItem;
     NewItem newItem = NewItem::onTheRight;
     Shade shade = Shade::asDesktop;
+    // The side of the picture that it shows most sharply, on a screen without scaling.
+    int pictureSidePixels = 22;
 
     bool operator==(const PanelTraits&) const = default;
 };

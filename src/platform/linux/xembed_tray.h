@@ -16,6 +16,8 @@ class XembedTray final : public QObject, private QAbstractNativeEventFilter {
   public:
     // With a QGuiApplication. On other displays than X11 there is none.
     XembedTray();
+    XembedTray(const XembedTray&) = delete;
+    XembedTray& operator=(const XembedTray&) = delete;
     ~XembedTray() override;
 
     bool isThere() const { return owner_ != XCB_WINDOW_NONE; }

@@ -1,5 +1,7 @@
 #include "platform/linux/panel_item.h"
 
+#include <sys/prctl.h>
+
 #include <limits>
 
 #include "platform/linux/dbus_menu_types.h"
@@ -168,6 +170,55 @@ TEST_F(PanelItemTest, HasNoSecondItemWhereThePanelShowsLabels) {
     EXPECT_EQ(panel_->items().size(), 1);
     EXPECT_EQ(pixmapOf(ring()).width, 22);
     EXPECT_EQ(panel_->property(ring(), "XAyatanaLabel"), "42%");
+}
+
+// The program that shows the items is this one.
+class PanelItemInWaybar : public PanelItemTest {
+  protected:
+    PanelItemInWaybar() { ::prctl(PR_SET_NAME, "waybar"); }
+    ~PanelItemInWaybar() override { ::prctl(PR_SET_NAME, "panel_test"); }
+
+    void showItemWithNumber() {
+        startPanel();
+        makeItem("sway");
+        item_->setPicture(square(Qt::red));
+        item_->setTitle("42%");
+        item_->show();
+        ASSERT_TRUE(hasItems(1));
+        settle();
+    }
+};
+
+TEST_F(PanelItemInWaybar, HoldsTheNumberInAWidePicture) {
+    showItemWithNumber();
+    EXPECT_EQ(panel_->items().size(), 1);
+    const NotifierPixmap wide = pixmapOf(ring());
+    EXPECT_EQ(wide.height, 22);
+    EXPECT_GT(wide.width, 44);
+    EXPECT_EQ(wide.bytes.first(4), QByteArray::fromHex("ffff0000"));
+    EXPECT_DOUBLE_EQ(item_->look().scale, 1);
+    EXPECT_TRUE(item_->look().isDark);
+    item_->setTitle("");
+    EXPECT_EQ(pixmapOf(ring()).width, 22);
+}
+
+TEST_F(PanelItemInWaybar, MovesAWidePictureWithItsPixels) {
+    showItemWithNumber();
+    const NotifierPixmap before = pixmapOf(ring());
+    test::SignalLog told(panel_->connection(), ring());
+    item_->setPicture(square(Qt::red));
+    item_->setPicture(square(Qt::blue));
+    settle();
+    EXPECT_EQ(told.count("NewIcon"), 1);
+    EXPECT_EQ(pixmapOf(ring()).width, before.width);
+    EXPECT_EQ(pixmapOf(ring()).bytes.first(4), QByteArray::fromHex("ff0000ff"));
+}
+
+TEST_F(PanelItemInWaybar, AsksWhoSaysThatItShowsTheItems) {
+    test::OwnConnection host(busAddress());
+    ASSERT_TRUE(host->registerService("org.kde.StatusNotifierHost-1-test"));
+    showItemWithNumber();
+    EXPECT_GT(pixmapOf(ring()).width, 44);
 }
 
 TEST_F(PanelItemTest, TellsWhereItWasClicked) {

@@ -30,6 +30,12 @@ TEST(PanelTraits, DoNotSendWidePicturesWhereAnotherPanelIsBesideWaybar) {
     EXPECT_EQ(panelTraits(u"XFCE", {"waybar", "xfce4-panel"}).numberPlace, NumberPlace::ownItem);
 }
 
+TEST(PanelTraits, KnowTheSizeThatStaysSharp) {
+    for (const QString desktop : {"XFCE", "LXQt", "KDE", "GNOME", ""})
+        EXPECT_EQ(panelTraits(desktop, {"some-panel"}).pictureSidePixels, 22);
+    EXPECT_EQ(panelTraits(u"sway", {"waybar"}).pictureSidePixels, 20);
+}
+
 TEST(PanelTraits, KnowThePanelsThatAreAlwaysDark) {
     EXPECT_EQ(panelTraits(u"ubuntu:GNOME", {}).shade, Shade::dark);
     EXPECT_EQ(panelTraits(u"X-Cinnamon", {}).shade, Shade::dark);
