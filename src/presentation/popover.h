@@ -6,13 +6,15 @@
 #include <QString>
 #include <optional>
 
+#include "presentation/appearance.h"
+
 namespace brimwatch {
 
 class Popover : public QObject {
     Q_OBJECT
 
   public:
-    enum class Appearance { light, dark };
+    using Appearance = brimwatch::Appearance;
 
     Popover() = default;
 
@@ -23,6 +25,8 @@ class Popover : public QObject {
     // Nothing if it is not shown.
     virtual void performClose() = 0;
     virtual void setAppearance(Appearance appearance) = 0;
+    // A factor for the size of all texts, above 0.
+    virtual void setTextScale(double scale) = 0;
 
   signals:
     void willShow();

@@ -12,7 +12,7 @@
 
 namespace brimwatch {
 
-class UsageCardsModel final : public QAbstractListModel {
+class UsageCardsModel : public QAbstractListModel {
     Q_OBJECT
 
   public:

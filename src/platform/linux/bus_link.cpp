@@ -1,5 +1,7 @@
 #include "platform/linux/bus_link.h"
 
+#include "platform/linux/bus_connection.h"
+
 namespace brimwatch {
 
 BusLink::BusLink(const Environment& environment, std::chrono::milliseconds retryEvery)
@@ -27,9 +29,8 @@ void BusLink::look() {
 }
 
 bool BusLink::connectToBus() {
-    const std::optional<QString> address = sessionBusAddress(environment_);
-    if (!address) return false;
-    address_ = *address;
+    address_ = sessionBusAddress(environment_);
+    if (address_.isEmpty()) return false;
     connection_.emplace(address_);
     // libdbus itself sends this signal, when the connection breaks.
     const bool stands = (*connection_)->isConnected() &&

@@ -10,7 +10,7 @@
 #include <chrono>
 #include <optional>
 
-#include "platform/linux/bus_connection.h"
+#include "platform/linux/own_bus.h"
 #include "support/environment.h"
 
 namespace brimwatch {
@@ -41,7 +41,7 @@ class BusLink final : public QObject {
     const Environment environment_;
     QTimer retry_;
     QString address_;
-    std::optional<BusConnection> connection_;
+    std::optional<OwnBus> connection_;
     bool isMissing_ = false;
 };
 

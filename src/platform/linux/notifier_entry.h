@@ -4,8 +4,8 @@
 
 #include <QString>
 
-#include "platform/linux/bus_connection.h"
 #include "platform/linux/dbus_menu.h"
+#include "platform/linux/own_bus.h"
 #include "platform/linux/panel_content.h"
 #include "platform/linux/status_notifier_item.h"
 
@@ -23,7 +23,7 @@ struct NotifierEntry {
         item.setDescription(content.description().toHtmlEscaped());
     }
 
-    BusConnection connection;
+    OwnBus connection;
     DBusMenu menu;
     StatusNotifierItem item;
 };

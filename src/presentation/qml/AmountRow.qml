@@ -1,0 +1,43 @@
+// The large figure of a card, and what was used lately beside it, or below it where texts are large.
+import QtQuick
+import QtQuick.Layouts
+import Brimwatch
+
+GridLayout {
+    id: root
+
+    required property string amount
+    required property string amountSuffix
+    required property string amountIdentifier
+    required property bool hasRecentUsage
+    required property string recentTitle
+    required property string recentText
+    required property string recentIdentifier
+    required property real metricsScale
+
+    columnSpacing: 12 * root.metricsScale
+    columns: ViewPalette.accessibilitySize ? 1 : 3
+    rowSpacing: 8 * root.metricsScale
+
+    Amount {
+        Layout.fillWidth: true
+        Layout.maximumWidth: Math.ceil(implicitWidth)
+        amount: root.amount
+        metricsScale: root.metricsScale
+        objectName: root.amountIdentifier
+        suffix: root.amountSuffix
+    }
+    Item {
+        Layout.fillWidth: true
+        visible: !ViewPalette.accessibilitySize
+    }
+    RecentUsage {
+        Layout.fillWidth: false
+        Layout.maximumWidth: root.width
+        metricsScale: root.metricsScale
+        objectName: root.recentIdentifier
+        text: root.recentText
+        title: root.recentTitle
+        visible: root.hasRecentUsage
+    }
+}

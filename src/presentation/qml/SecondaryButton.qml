@@ -1,0 +1,44 @@
+// A button that does not press itself forward. Space and Enter press it.
+import QtQuick
+import QtQuick.Templates as T
+import Brimwatch
+
+T.Button {
+    id: root
+
+    enum Role { Plain, Destructive }
+
+    property int role: SecondaryButton.Plain
+
+    Accessible.name: root.text
+    Accessible.role: Accessible.Button
+    Keys.onEnterPressed: root.clicked()
+    Keys.onReturnPressed: root.clicked()
+    focusPolicy: Qt.StrongFocus
+    font.pixelSize: Math.round(ViewPalette.controlSize)
+    hoverEnabled: true
+    implicitHeight: implicitContentHeight + topPadding + bottomPadding
+    implicitWidth: implicitContentWidth + leftPadding + rightPadding
+    leftPadding: 9
+    opacity: root.enabled ? 1 : 0.4
+    padding: 4
+    rightPadding: 9
+
+    background: Rectangle {
+        color: root.down ? ViewPalette.controlPressed : root.hovered ? ViewPalette.controlHovered : ViewPalette.controlFill
+        radius: 6
+
+        FocusRing {
+            cornerRadius: 6
+            visible: root.visualFocus
+        }
+    }
+    contentItem: ShrinkingText {
+        Accessible.ignored: true
+        color: root.role === SecondaryButton.Destructive ? ViewPalette.red : ViewPalette.primaryLabel
+        horizontalAlignment: Text.AlignHCenter
+        size: ViewPalette.controlSize
+        text: root.text
+        verticalAlignment: Text.AlignVCenter
+    }
+}

@@ -1,0 +1,128 @@
+#include "presentation/views/quick_popover.h"
+
+#include <QCursor>
+#include <QGuiApplication>
+#include <QLoggingCategory>
+#include <QQmlEngine>
+#include <QQuickItem>
+#include <QQuickView>
+#include <QScreen>
+#include <QVariantMap>
+#include <utility>
+#include <vector>
+
+#include "presentation/views/popover_placement.h"
+#include "presentation/views/popover_window.h"
+#include "presentation/views/view_module.h"
+#include "presentation/views/view_palette.h"
+
+namespace brimwatch {
+namespace {
+
+Q_LOGGING_CATEGORY(viewsLog, "net.quillmoor.brimwatch.mac.views")
+
+std::vector<ScreenPlace> screenPlaces() {
+    std::vector<ScreenPlace> places;
+    for (const QScreen* screen : QGuiApplication::screens()) {
+        places.push_back({.geometry = screen->geometry(),
+                          .available = screen->availableGeometry(),
+                          .pixelRatio = screen->devicePixelRatio()});
+    }
+    return places;
+}
+
+bool compositorPlacesWindows() {
+    return QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
+}
+
+// Of all ways it takes the least memory, and the least time to the first picture.
+void drawBySoftware() {
+    static bool isDecided = false;
+    if (std::exchange(isDecided, true)) return;
+    QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+}
+
+// In pixels of the screen.
+QPoint cursorPlace() {
+    const QPoint place = QCursor::pos();
+    const QScreen* screen = QGuiApplication::screenAt(place);
+    if (screen == nullptr) screen = QGuiApplication::primaryScreen();
+    const QPoint corner = screen->geometry().topLeft();
+    return corner + (place - corner) * screen->devicePixelRatio();
+}
+
+}  // namespace
+
+QuickPopover::QuickPopover(Surroundings surroundings) : surroundings_(std::move(surroundings)) {}
+
+QuickPopover::~QuickPopover() = default;
+
+void QuickPopover::show(std::optional<QPoint> click, const QString& /*activationToken*/) {
+    if (state_ == State::shown) return window_->requestActivate();
+    if (state_ != State::closed || (!window_ && !makeWindow())) return;
+    state_ = State::opening;
+    click_ = click ? *click : cursorPlace();
+    emit willShow();
+    surroundings_.content.setShown(true);
+    window_->rootObject()->setProperty("rounded", surroundings_.blendsWindows());
+    window_->settle();
+    place();
+    window_->show();
+    window_->requestActivate();
+    state_ = State::shown;
+    emit didShow();
+}
+
+void QuickPopover::performClose() {
+    if (state_ != State::shown) return;
+    state_ = State::closing;
+    emit willClose();
+    window_->hide();
+    surroundings_.content.setShown(false);
+    state_ = State::closed;
+    emit didClose();
+}
+
+void QuickPopover::setAppearance(Appearance appearance) {
+    appearance_ = appearance;
+    if (palette_ != nullptr) palette_->setAppearance(appearance);
+}
+
+void QuickPopover::setTextScale(double scale) {
+    textScale_ = scale;
+    if (palette_ != nullptr) palette_->setTextScale(scale);
+}
+
+QQuickView* QuickPopover::window() const {
+    return window_.get();
+}
+
+bool QuickPopover::makeWindow() {
+    drawBySoftware();
+    auto engine = std::make_unique<QQmlEngine>();
+    ViewPalette& palette = preparedPalette(*engine);
+    palette.setAppearance(appearance_);
+    palette.setTextScale(textScale_);
+    auto window = std::make_unique<PopoverWindow>(engine.get());
+    window->setInitialProperties({{"model", QVariant::fromValue(&surroundings_.content)}});
+    window->setSource(surroundings_.view);
+    if (window->status() != QQuickView::Ready) {
+        qCWarning(viewsLog) << "The popover can't be made:" << window->errors();
+        return false;
+    }
+    connect(window.get(), &PopoverWindow::dismissed, this, &QuickPopover::performClose);
+    connect(window.get(), &QWindow::heightChanged, this, &QuickPopover::place);
+    engine_ = std::move(engine);
+    window_ = std::move(window);
+    palette_ = &palette;
+    return true;
+}
+
+void QuickPopover::place() {
+    if (compositorPlacesWindows()) return;
+    const QPoint place = popoverPlace(click_, window_->size(), screenPlaces());
+    if (QScreen* screen = QGuiApplication::screenAt(place)) window_->setScreen(screen);
+    window_->setPosition(place);
+}
+
+}  // namespace brimwatch

@@ -1,0 +1,136 @@
+#include "presentation/views/symbol_paths.h"
+
+#include <QLineF>
+#include <QPainterPathStroker>
+#include <QPolygonF>
+#include <QTransform>
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <initializer_list>
+#include <numbers>
+#include <vector>
+
+namespace brimwatch {
+namespace {
+
+// Of the grid on which the shapes are drawn: on a finer one Qt would make corners of curves.
+constexpr double gridSize = 100;
+constexpr QPointF center{50, 50};
+
+QPainterPath circle(double radius) {
+    QPainterPath path;
+    path.addEllipse(center, radius, radius);
+    return path;
+}
+
+QPainterPath roundedRectangle(const QRectF& rectangle, double radius) {
+    QPainterPath path;
+    path.addRoundedRect(rectangle, radius, radius);
+    return path;
+}
+
+// A line through the points, as wide as given, with round ends and bends.
+QPainterPath stroke(std::initializer_list<QPointF> points, double width) {
+    QPainterPath line;
+    line.addPolygon(QPolygonF(QList<QPointF>(points)));
+    QPainterPathStroker stroker;
+    stroker.setWidth(width);
+    stroker.setCapStyle(Qt::RoundCap);
+    stroker.setJoinStyle(Qt::RoundJoin);
+    return stroker.createStroke(line).simplified();
+}
+
+// A polygon whose corners are cut by curves that begin `cut` before each of them.
+QPainterPath roundedPolygon(const std::vector<QPointF>& corners, double cut) {
+    const auto along = [cut](QPointF from, QPointF to) {
+        QLineF edge(from, to);
+        edge.setLength(cut);
+        return edge.p2();
+    };
+    QPainterPath path;
+    for (size_t i = 0; i < corners.size(); ++i) {
+        const QPointF& corner = corners[i];
+        const QPointF start = along(corner, corners[(i + corners.size() - 1) % corners.size()]);
+        if (i == 0) {
+            path.moveTo(start);
+        } else {
+            path.lineTo(start);
+        }
+        path.quadTo(corner, along(corner, corners[(i + 1) % corners.size()]));
+    }
+    path.closeSubpath();
+    return path;
+}
+
+QPainterPath exclamationMark(double top, double bottom, double dotAt) {
+    constexpr double width = 10.5;
+    QPainterPath mark = stroke({{50, top}, {50, bottom}}, width);
+    mark.addEllipse(QPointF(50, dotAt), width * 0.6, width * 0.6);
+    return mark;
+}
+
+QPainterPath checkmarkCircle() {
+    return circle(48).subtracted(stroke({{29, 53}, {44, 68}, {70, 34}}, 9.5));
+}
+
+QPainterPath halfCircle() {
+    QPainterPath half;
+    half.addRect(0, 0, 50, gridSize);
+    const QPainterPath rim = circle(48).subtracted(circle(40));
+    return rim.united(circle(44).intersected(half));
+}
+
+QPainterPath triangle() {
+    return roundedPolygon({{50, 0}, {102, 95}, {-2, 95}}, 15)
+        .subtracted(exclamationMark(36, 60, 78));
+}
+
+QPainterPath octagon() {
+    std::vector<QPointF> corners;
+    for (int i = 0; i < 8; ++i) {
+        const double angle = (2 * i + 1) * std::numbers::pi / 8;
+        corners.push_back(center + 51.5 * QPointF(std::cos(angle), std::sin(angle)));
+    }
+    return roundedPolygon(corners, 7).subtracted(exclamationMark(27, 54, 73));
+}
+
+QPainterPath laptop() {
+    const QPainterPath lid =
+        roundedRectangle({13, 17, 74, 52}, 8).subtracted(roundedRectangle({22, 26, 56, 34}, 2));
+    return lid.united(roundedRectangle({1, 74, 98, 10}, 5));
+}
+
+QPainterPath arrows() {
+    constexpr double width = 8.5;
+    QPainterPath up = stroke({{28, 90}, {28, 12}}, width);
+    up = up.united(stroke({{9, 31}, {28, 12}, {47, 31}}, width));
+    QPainterPath down = stroke({{72, 10}, {72, 88}}, width);
+    down = down.united(stroke({{53, 69}, {72, 88}, {91, 69}}, width));
+    return up.united(down);
+}
+
+struct NamedShape {
+    QStringView name;
+    QPainterPath (*shape)() = nullptr;
+};
+
+constexpr std::array shapes = {
+    NamedShape{u"checkmark.circle.fill", checkmarkCircle},
+    NamedShape{u"circle.lefthalf.filled", halfCircle},
+    NamedShape{u"exclamationmark.triangle.fill", triangle},
+    NamedShape{u"exclamationmark.octagon.fill", octagon},
+    NamedShape{u"laptopcomputer", laptop},
+    NamedShape{u"arrow.up.arrow.down", arrows},
+};
+
+}  // namespace
+
+QPainterPath symbolPath(QStringView name) {
+    const auto* const found = std::find_if(
+        shapes.begin(), shapes.end(), [name](const NamedShape& each) { return each.name == name; });
+    if (found == shapes.end()) return {};
+    return QTransform::fromScale(1 / gridSize, 1 / gridSize).map(found->shape());
+}
+
+}  // namespace brimwatch

@@ -1,0 +1,20 @@
+#include "presentation/views/view_module.h"
+
+#include <QQmlEngine>
+
+#include "presentation/menu_content_model.h"
+#include "presentation/views/view_palette.h"
+
+// Made by the build. Of a static library only what is named gets into a program.
+extern void qml_register_types_Brimwatch();  // NOLINT(readability-identifier-naming)
+
+namespace brimwatch {
+
+ViewPalette& preparedPalette(QQmlEngine& engine) {
+    qml_register_types_Brimwatch();
+    engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
+    const int id = qmlTypeId("Brimwatch", 1, 0, "ViewPalette");
+    return *engine.singletonInstance<ViewPalette*>(id);
+}
+
+}  // namespace brimwatch
