@@ -26,40 +26,45 @@ std::string timeLocale(const Environment& environment) {
     return {};
 }
 
-}  // namespace
-
-tl::expected<Application::Folders, std::string> Application::findFolders(Environment environment) {
+std::optional<Application::Folders> findFolders(const Environment& environment) {
     PosixFileSystem files;
     const std::uint32_t user = ::getuid();
     std::optional<std::string> home = homeFolder(environment, files, user);
     std::optional<std::string> settings = settingsFile(environment, files, user);
     std::optional<std::string> state = stateFolder(environment, files, user);
-    if (!home || !settings || !state) return tl::unexpected(std::string("there is no home folder"));
-    return Folders{*std::move(home), *std::move(settings), *std::move(state)};
+    if (!home || !settings || !state) return std::nullopt;
+    return Application::Folders{*std::move(home), *std::move(settings), *std::move(state)};
 }
 
-tl::expected<std::unique_ptr<Application>, std::string> Application::start(Launch launch) {
-    const tl::expected<Folders, std::string> folders = findFolders(launch.environment);
-    if (!folders) return tl::unexpected(folders.error());
+tl::unexpected<Application::Refusal> refused(Application::Refusal::Reason reason,
+                                             std::string text) {
+    return tl::unexpected(Application::Refusal{reason, std::move(text)});
+}
+
+}  // namespace
+
+tl::expected<Application::Claim, Application::Refusal> Application::claim(Environment environment) {
+    const std::optional<Folders> folders = findFolders(environment);
+    if (!folders) return refused(Refusal::Reason::system, "there is no home folder");
     FileResult<std::optional<InstanceLock>> lock = InstanceLock::take(folders->state);
     if (!lock) {
-        return tl::unexpected("can't use the folder " + folders->state + ": " +
-                              lock.error().message());
+        return refused(Refusal::Reason::system,
+                       "can't use the folder " + folders->state + ": " + lock.error().message());
     }
-    if (!*lock) return tl::unexpected(std::string("it is running already"));
-    return std::unique_ptr<Application>(
-        new Application(std::move(launch), *folders, **std::move(lock)));
+    if (!*lock) return refused(Refusal::Reason::isRunning, "it is running already");
+    return Claim{*folders, **std::move(lock)};
 }
 
-Application::Application(Launch launch, const Folders& folders, InstanceLock lock)
+Application::Application(Launch launch, Claim claim)
     : launch_(std::move(launch)),
-      lock_(std::move(lock)),
-      store_(files_, folders.settingsFile, folders.state),
+      locale_(timeLocale(launch_.environment)),
+      lock_(std::move(claim.lock)),
+      store_(files_, claim.folders.settingsFile, claim.folders.state),
       limitsChanged_(launch_.environment),
       loginItem_(files_, autostartSession(launch_.environment, files_, ::getuid()),
                  launch_.executable, isExecutableFile),
       agentStopper_(launch_.environment),
-      model_(surroundings(folders.home)) {}
+      model_(surroundings(claim.folders.home)) {}
 
 HelperModel::Surroundings Application::surroundings(const std::string& home) {
     return {.defaults = store_,
@@ -70,7 +75,7 @@ HelperModel::Surroundings Application::surroundings(const std::string& home) {
                                    .rejectDevelopmentLocations = true,
                                    .isExecutable = isExecutableFile},
             .codexEnvironment = launch_.environment,
-            .locale = timeLocale(launch_.environment),
+            .locale = locale_,
             .now = wallClock,
             .sleep = sleepFor,
             .pause = [](std::chrono::milliseconds time) { std::this_thread::sleep_for(time); },

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <csignal>
-#include <memory>
 #include <string>
 #include <tl/expected.hpp>
 
@@ -27,25 +26,43 @@ class Application {
         sigset_t defaultSignals{};
     };
 
-    // Starts to watch and to ask. There is one for each state folder: a second one, in whatever
-    // process, is refused. Fails with a line for the user. Needs a QCoreApplication, before and
-    // after it. Main thread.
-    static tl::expected<std::unique_ptr<Application>, std::string> start(Launch launch);
-
-    HelperModel& model() { return model_; }
-
-  private:
     struct Folders {
         std::string home;
         std::string settingsFile;
         std::string state;
     };
+    // The folders of a user, and the right to work in them.
+    struct Claim {
+        Folders folders;
+        InstanceLock lock;
+    };
+    struct Refusal {
+        enum class Reason { isRunning, system };
 
-    static tl::expected<Folders, std::string> findFolders(Environment environment);
-    Application(Launch launch, const Folders& folders, InstanceLock lock);
+        Reason reason = Reason::system;
+        std::string text;  // a line for the user
+    };
+
+    // There is one for each state folder: a second one, in whatever process, is refused.
+    static tl::expected<Claim, Refusal> claim(Environment environment);
+
+    // Starts to watch and to ask. Needs a QCoreApplication, before and after it. Main thread.
+    Application(Launch launch, Claim claim);
+    Application(const Application&) = delete;
+    Application& operator=(const Application&) = delete;
+    ~Application() = default;
+
+    HelperModel& model() { return model_; }
+    SettingsStore& defaults() { return store_; }
+    FileSystem& files() { return files_; }
+    // Of times and numbers.
+    const std::string& locale() const { return locale_; }
+
+  private:
     HelperModel::Surroundings surroundings(const std::string& home);
 
     Launch launch_;
+    std::string locale_;
     InstanceLock lock_;
     PosixFileSystem files_;
     JsonSettingsStore store_;

@@ -1,18 +1,20 @@
-// The desktop program, which the command `brimwatch` becomes in its application role. It has no
-// windows yet: it prints its figures until it is interrupted.
+// The desktop program, which the command `brimwatch` becomes in its application role.
 
 #include <unistd.h>
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <algorithm>
 #include <cstdlib>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "app/application.h"
+#include "app/desktop.h"
 #include "app/figures_printer.h"
 #include "app/program_path.h"
+#include "platform/linux/instance_activation.h"
 #include "platform/linux/quit_signals.h"
 #include "platform/posix/ignored_signals.h"
 #include "platform/posix/standard_streams.h"
@@ -22,43 +24,88 @@ namespace {
 
 constexpr int exitPrivateUpdateFailure = 2;
 
-int complain(const std::string& text, int status) {
-    writeStandardError(text + '\n');
+using Options = std::vector<std::string_view>;
+
+bool has(const Options& options, std::string_view option) {
+    return std::find(options.begin(), options.end(), option) != options.end();
+}
+
+int complain(const std::string& text, int status = EXIT_FAILURE) {
+    writeStandardError("brimwatch: " + text + '\n');
     return status;
 }
 
-bool isPrivateUpdateCommand(const std::vector<std::string_view>& arguments) {
-    return std::any_of(arguments.begin(), arguments.end(), [](std::string_view argument) {
-        return argument == "--configure-private-updates" || argument == "--clear-private-updates";
-    });
-}
-
 // `--connect` does what the button of that name will do.
-void connect(HelperModel& model) {
+void connectIfAsked(const Options& options, HelperModel& model) {
+    if (!has(options, "--connect")) return;
     model.connectClaude();
     if (model.failure()) writeStandardError(*model.failure() + '\n');
+}
+
+// Without a display Qt explains itself at length and dumps core.
+void endWithoutDisplay(QtMsgType type, const QMessageLogContext& /*context*/,
+                       const QString& /*message*/) {
+    if (type == QtFatalMsg) ::_exit(complain("there is no display to show anything on"));
+}
+
+// `--figures` prints what the panel and the cards show, and shows nothing itself.
+int printFigures(int count, char** arguments, const Options& options, Application::Launch launch,
+                 Application::Claim claim) {
+    QCoreApplication loop(count, arguments);
+    const QuitSignals quitSignals;
+    Application application(std::move(launch), std::move(claim));
+    const FiguresPrinter printer(application.model());
+    connectIfAsked(options, application.model());
+    return QCoreApplication::exec();
+}
+
+int runOnDesktop(int count, char** arguments, const Options& options, Application::Launch launch,
+                 Application::Claim claim) {
+    const Environment environment = launch.environment;
+    const QtMessageHandler usual = qInstallMessageHandler(endWithoutDisplay);
+    QApplication loop(count, arguments);
+    qInstallMessageHandler(usual);
+    QGuiApplication::setDesktopFileName(QStringLiteral("net.quillmoor.brimwatch"));
+    QGuiApplication::setApplicationDisplayName(QStringLiteral("Brimwatch?"));
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+    const QuitSignals quitSignals;
+    Application application(std::move(launch), std::move(claim));
+    connectIfAsked(options, application.model());
+    const Desktop desktop(application, environment);
+    return QApplication::exec();
+}
+
+// The one that runs comes forward in place of this one.
+int giveWay(int count, char** arguments, const Environment& environment,
+            const std::string& refusal) {
+    const QCoreApplication loop(count, arguments);
+    const bool isReached = activateRunningInstance(environment) == InstanceAnswer::activated;
+    return isReached ? EXIT_SUCCESS : complain(refusal);
 }
 
 int run(int count, char** arguments) {
     holdStandardDescriptors();
     const sigset_t defaultSignals = ignoreWriteSignals();
-    const std::vector<std::string_view> options(arguments + 1, arguments + count);
-    if (isPrivateUpdateCommand(options)) {
-        return complain("Private update configuration failed.", exitPrivateUpdateFailure);
+    const Options options(arguments + 1, arguments + count);
+    if (has(options, "--configure-private-updates") || has(options, "--clear-private-updates")) {
+        writeStandardError("Private update configuration failed.\n");
+        return exitPrivateUpdateFailure;
     }
     const std::optional<std::string> executable = commandPath(arguments[0]);
-    if (!executable) return complain("brimwatch: can't tell where it lies", EXIT_FAILURE);
+    if (!executable) return complain("can't tell where it lies");
 
-    QCoreApplication loop(count, arguments);
-    const QuitSignals quitSignals;
-    auto application = Application::start({.executable = *executable,
-                                           .environment = Environment(environ),
-                                           .defaultSignals = defaultSignals});
-    if (!application) return complain("brimwatch: " + application.error(), EXIT_FAILURE);
-    HelperModel& model = (*application)->model();
-    const FiguresPrinter printer(model);
-    if (std::find(options.begin(), options.end(), "--connect") != options.end()) connect(model);
-    return QCoreApplication::exec();
+    const Environment environment(environ);
+    tl::expected<Application::Claim, Application::Refusal> claim = Application::claim(environment);
+    if (!claim) {
+        const Application::Refusal& refusal = claim.error();
+        const bool isRunning = refusal.reason == Application::Refusal::Reason::isRunning;
+        return isRunning ? giveWay(count, arguments, environment, refusal.text)
+                         : complain(refusal.text);
+    }
+    Application::Launch launch{
+        .executable = *executable, .environment = environment, .defaultSignals = defaultSignals};
+    const auto role = has(options, "--figures") ? printFigures : runOnDesktop;
+    return role(count, arguments, options, std::move(launch), *std::move(claim));
 }
 
 }  // namespace

@@ -74,7 +74,7 @@ class DesktopProgram : public ::testing::Test {
 };
 
 TEST_F(DesktopProgram, ConnectsAndShowsTheFiguresOfTheRegisteredStatusLine) {
-    test::Process program(request({"--connect"}));
+    test::Process program(request({"--figures", "--connect"}));
     ASSERT_TRUE(test::eventually([&] { return test::exists(settingsPath()); }));
     EXPECT_THAT(runRegisteredStatusLine(37), HasSubstr("63%"));
     ASSERT_TRUE(test::eventually([&] { return remembers(37); }));
@@ -91,7 +91,7 @@ TEST_F(DesktopProgram, ConnectsAndShowsTheFiguresOfTheRegisteredStatusLine) {
 
 TEST_F(DesktopProgram, ShowsAfterANewStartWhatItKnew) {
     {
-        test::Process program(request({"--connect"}));
+        test::Process program(request({"--figures", "--connect"}));
         ASSERT_TRUE(test::eventually([&] { return test::exists(settingsPath()); }));
         runRegisteredStatusLine(37);
         ASSERT_TRUE(test::eventually([&] { return remembers(37); }));
@@ -104,7 +104,7 @@ TEST_F(DesktopProgram, ShowsAfterANewStartWhatItKnew) {
                     R"({"account":"default","provider":"claude","updated_at":1,"version":1,)"
                     R"("windows":{"seven_day":{"used_percentage":5,"resets_at":)" +
                         std::to_string(std::time(nullptr) + 7200) + "}}}");
-    test::Process program(request({}));
+    test::Process program(request({"--figures"}));
     ASSERT_TRUE(test::eventually([&] { return test::exists(socketPath()); }));
     program.signal(SIGINT);
     const test::ProcessResult result = program.wait();
@@ -113,7 +113,7 @@ TEST_F(DesktopProgram, ShowsAfterANewStartWhatItKnew) {
 }
 
 TEST_F(DesktopProgram, ConnectsNothingByItself) {
-    test::Process program(request({}));
+    test::Process program(request({"--figures"}));
     ASSERT_TRUE(test::eventually([&] { return test::exists(socketPath()); }));
     program.signal(SIGTERM);
     EXPECT_TRUE(program.wait().exitedWith(0));
@@ -121,7 +121,7 @@ TEST_F(DesktopProgram, ConnectsNothingByItself) {
 }
 
 TEST_F(DesktopProgram, ASecondOneInTheSameStateIsRefused) {
-    test::Process first(request({}));
+    test::Process first(request({"--figures"}));
     ASSERT_TRUE(test::eventually([&] { return test::exists(socketPath()); }));
     const test::ProcessResult second = test::runProcess(request({}));
     EXPECT_TRUE(second.exitedWith(1));
@@ -133,7 +133,7 @@ TEST_F(DesktopProgram, ASecondOneInTheSameStateIsRefused) {
 
 TEST_F(DesktopProgram, AStateFolderThatCantBeMadeIsOneLineAndStatusOne) {
     test::writeFile(folder_.file(".local"), "a file in the way");
-    const test::ProcessResult result = test::runProcess(request({}));
+    const test::ProcessResult result = test::runProcess(request({"--figures"}));
     EXPECT_TRUE(result.exitedWith(1));
     EXPECT_THAT(result.errorOutput, ContainsRegex("^brimwatch: [^\n]+\n$"));
 }
@@ -141,13 +141,39 @@ TEST_F(DesktopProgram, AStateFolderThatCantBeMadeIsOneLineAndStatusOne) {
 TEST_F(DesktopProgram, StartsWithSettingsThatAreDamagedAndKeepsThem) {
     const std::string path = folder_.file(".config/brimwatch/settings.json");
     test::writeFile(path, "{\"usageDisplay\": \"used\",");
-    test::Process program(request({"--connect"}));
+    test::Process program(request({"--figures", "--connect"}));
     ASSERT_TRUE(test::eventually([&] { return test::exists(settingsPath()); }));
     ASSERT_TRUE(test::eventually(
         [&] { return test::readFile(path).find("setupDone") != std::string::npos; }));
     EXPECT_EQ(test::readFile(path + ".brimwatch-damaged-1"), "{\"usageDisplay\": \"used\",");
     program.signal(SIGTERM);
     EXPECT_TRUE(program.wait().exitedWith(0));
+}
+
+TEST_F(DesktopProgram, WithoutADisplayItSaysSoInOneLine) {
+    const test::ProcessResult result = test::runProcess(request({}));
+    EXPECT_TRUE(result.exitedWith(1));
+    EXPECT_EQ(result.errorOutput, "brimwatch: there is no display to show anything on\n");
+    EXPECT_EQ(result.output, "");
+}
+
+TEST_F(DesktopProgram, ADisplayThatDoesNotAnswerCountsAsNone) {
+    environment_.set("DISPLAY", ":4711");
+    const test::ProcessResult result = test::runProcess(request({}));
+    EXPECT_TRUE(result.exitedWith(1));
+    EXPECT_EQ(result.errorOutput, "brimwatch: there is no display to show anything on\n");
+}
+
+TEST_F(DesktopProgram, CollectsWithoutAPanelAndWithoutABus) {
+    environment_.set("QT_QPA_PLATFORM", "offscreen");
+    test::Process program(request({"--connect"}));
+    ASSERT_TRUE(test::eventually([&] { return test::exists(settingsPath()); }));
+    runRegisteredStatusLine(37);
+    EXPECT_TRUE(test::eventually([&] { return remembers(37); }));
+    program.signal(SIGTERM);
+    const test::ProcessResult result = program.wait();
+    EXPECT_TRUE(result.exitedWith(0));
+    EXPECT_EQ(result.output, "");
 }
 
 TEST_F(DesktopProgram, APrivateUpdateCommandFailsAsOneOfAnotherBuild) {
@@ -159,7 +185,7 @@ TEST_F(DesktopProgram, APrivateUpdateCommandFailsAsOneOfAnotherBuild) {
 
 TEST_F(DesktopProgram, LeavesNoSocketBehindWhenItEnds) {
     const std::string socket = socketPath();
-    test::Process program(request({}));
+    test::Process program(request({"--figures"}));
     ASSERT_TRUE(test::eventually([&] { return test::exists(socket); }));
     program.signal(SIGHUP);
     EXPECT_TRUE(program.wait().exitedWith(0));

@@ -1,0 +1,65 @@
+#include "app/app_delegate.h"
+
+#include <utility>
+
+namespace brimwatch {
+
+AppDelegate::AppDelegate(Surroundings surroundings)
+    : surroundings_(std::move(surroundings)),
+      setupWindow_(surroundings_.quit),
+      content_({.model = surroundings_.model,
+                .now = surroundings_.now,
+                .locale = surroundings_.locale,
+                .screenHeights = surroundings_.screenHeights,
+                .openSetup = [this] { openSetupFromPopover(); },
+                .quit = surroundings_.quit}),
+      popover_([this] { return surroundings_.makePopover(content_); }) {
+    themeSoon_.setSingleShot(true);
+    connect(&themeSoon_, &QTimer::timeout, this, &AppDelegate::applyTheme);
+}
+
+void AppDelegate::didFinishLaunching() {
+    popover_.setTextScale(surroundings_.appearance.textScale());
+    connect(&surroundings_.appearance, &DesktopAppearance::textScaleChanged, this,
+            [this] { popover_.setTextScale(surroundings_.appearance.textScale()); });
+    statusItem_.emplace(StatusItemController::Surroundings{.model = surroundings_.model,
+                                                           .item = surroundings_.item,
+                                                           .popover = popover_,
+                                                           .session = surroundings_.session,
+                                                           .appearance = surroundings_.appearance,
+                                                           .timer = surroundings_.timer,
+                                                           .uptime = surroundings_.uptime,
+                                                           .rocket = surroundings_.rocket});
+    menu_.emplace(
+        StatusItemMenu::Surroundings{.model = surroundings_.model,
+                                     .item = surroundings_.item,
+                                     .now = surroundings_.now,
+                                     .open = [this] { statusItem_->toggle(std::nullopt, {}); },
+                                     .receiveNow = [this] { content_.receiveNow(); },
+                                     .openSetup = [this] { openSetupFromPopover(); },
+                                     .quit = surroundings_.quit});
+    applyTheme();
+    connect(&surroundings_.model, &HelperModel::appThemeChanged, this,
+            [this] { themeSoon_.start(0); });
+    connect(&surroundings_.appearance, &DesktopAppearance::darkChanged, this,
+            &AppDelegate::applyTheme);
+    if (surroundings_.defaults.boolean(settings_key::setupDone) != true) setupWindow_.show();
+}
+
+void AppDelegate::reopen() {
+    setupWindow_.show();
+}
+
+void AppDelegate::openSetupFromPopover() {
+    popover_.performClose();
+    setupWindow_.show();
+}
+
+void AppDelegate::applyTheme() {
+    const AppTheme theme = surroundings_.model.appTheme();
+    const bool isDark =
+        theme == AppTheme::system ? surroundings_.appearance.isDark() : theme == AppTheme::dark;
+    setupWindow_.setAppearance(isDark ? Appearance::dark : Appearance::light);
+}
+
+}  // namespace brimwatch

@@ -1,0 +1,73 @@
+// Everything of the desktop program that the user sees: the item in the panel with its popover and
+// menu, and the settings window. It brings them to life in their order and joins them to the model.
+// Main thread.
+#pragma once
+
+#include <QObject>
+#include <QTimer>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "core/helper_model.h"
+#include "platform/desktop_appearance.h"
+#include "platform/session_events.h"
+#include "platform/settings_store.h"
+#include "platform/status_item.h"
+#include "presentation/frame_timer.h"
+#include "presentation/lazy_popover.h"
+#include "presentation/menu_bar_rocket.h"
+#include "presentation/menu_content_model.h"
+#include "presentation/setup_window.h"
+#include "presentation/status_item_controller.h"
+#include "presentation/status_item_menu.h"
+
+namespace brimwatch {
+
+class AppDelegate final : public QObject {
+  public:
+    // What is referred to must outlive the delegate.
+    struct Surroundings {
+        HelperModel& model;
+        SettingsStore& defaults;
+        StatusItem& item;
+        SessionEvents& session;
+        DesktopAppearance& appearance;
+        FrameTimer& timer;
+        std::function<Instant()> now;
+        std::function<double()> uptime;  // as that of `StatusItemController`
+        std::string locale;              // of times and numbers
+        // What each screen leaves to windows, in points.
+        std::function<std::vector<double>()> screenHeights;
+        std::optional<MenuBarRocket> rocket;
+        // As for `LazyPopover`.
+        std::function<std::unique_ptr<Popover>(MenuContentModel& content)> makePopover;
+        std::function<void()> quit;
+    };
+
+    explicit AppDelegate(Surroundings surroundings);
+
+    // Once, when the event loop is about to run. Who has connected nothing yet sees the settings.
+    void didFinishLaunching();
+    // The program was started again while it runs: shows the settings, whatever is open.
+    void reopen();
+
+    Popover& popover() { return popover_; }
+    SetupWindow& setupWindow() { return setupWindow_; }
+
+  private:
+    void openSetupFromPopover();
+    void applyTheme();
+
+    Surroundings surroundings_;
+    SetupWindow setupWindow_;
+    MenuContentModel content_;
+    LazyPopover popover_;
+    std::optional<StatusItemController> statusItem_;
+    std::optional<StatusItemMenu> menu_;
+    QTimer themeSoon_;
+};
+
+}  // namespace brimwatch

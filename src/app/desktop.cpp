@@ -1,0 +1,60 @@
+#include "app/desktop.h"
+
+#include <unistd.h>
+
+#include <QGuiApplication>
+#include <QScreen>
+#include <chrono>
+#include <vector>
+
+#include "app/popover_library.h"
+#include "platform/posix/wall_clock.h"
+#include "presentation/menu_bar_rocket.h"
+#include "support/paths.h"
+
+namespace brimwatch {
+namespace {
+
+double uptime() {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch())
+        .count();
+}
+
+std::vector<double> screenHeights() {
+    std::vector<double> heights;
+    for (const QScreen* screen : QGuiApplication::screens())
+        heights.push_back(screen->availableGeometry().height());
+    return heights;
+}
+
+}  // namespace
+
+Desktop::Desktop(Application& application, const Environment& environment)
+    : sessionBus_(sessionBusAddress(environment)),
+      systemBus_(systemBusAddress(environment)),
+      appearance_(sessionBus_, application.files(),
+                  configFolder(environment, application.files(), ::getuid())),
+      session_(sessionBus_, systemBus_, LoginSession::thisProcess(environment)),
+      item_(environment, appearance_),
+      delegate_({.model = application.model(),
+                 .defaults = application.defaults(),
+                 .item = item_,
+                 .session = session_,
+                 .appearance = appearance_,
+                 .timer = frameTimer_,
+                 .now = wallClock,
+                 .uptime = uptime,
+                 .locale = application.locale(),
+                 .screenHeights = screenHeights,
+                 .rocket = sharedRocket(),
+                 .makePopover = loadPopover,
+                 .quit = [] { QCoreApplication::quit(); }}),
+      activation_(sessionBus_) {
+    QObject::connect(&activation_, &InstanceActivation::activated, &delegate_,
+                     &AppDelegate::reopen);
+    sessionBus_.open();
+    systemBus_.open();
+    delegate_.didFinishLaunching();
+}
+
+}  // namespace brimwatch

@@ -1,0 +1,36 @@
+// The desktop that the program lives on: its buses, its panel and its windows, and what joins them
+// to the model. Needs a QApplication, before and after it. Main thread.
+#pragma once
+
+#include "app/app_delegate.h"
+#include "app/application.h"
+#include "platform/linux/bus_connection.h"
+#include "platform/linux/desktop_session_events.h"
+#include "platform/linux/instance_activation.h"
+#include "platform/linux/panel_item.h"
+#include "platform/linux/portal_appearance.h"
+#include "presentation/frame_timer.h"
+#include "support/environment.h"
+
+namespace brimwatch {
+
+class Desktop {
+  public:
+    // Both must outlive it. Shows the item; buses may come later.
+    Desktop(Application& application, const Environment& environment);
+    Desktop(const Desktop&) = delete;
+    Desktop& operator=(const Desktop&) = delete;
+    ~Desktop() = default;
+
+  private:
+    BusConnection sessionBus_;
+    BusConnection systemBus_;
+    PortalAppearance appearance_;
+    DesktopSessionEvents session_;
+    PanelItem item_;
+    EventLoopFrameTimer frameTimer_;
+    AppDelegate delegate_;
+    InstanceActivation activation_;
+};
+
+}  // namespace brimwatch

@@ -1,0 +1,11 @@
+// The entry of the library with the views.
+
+#include "app/popover_library.h"
+#include "platform/linux/compositor.h"
+#include "presentation/views/quick_popover.h"
+
+extern "C" __attribute__((visibility("default"))) brimwatch::Popover* brimwatchMakePopover(
+    brimwatch::MenuContentModel& content) {
+    return new brimwatch::QuickPopover(
+        {.content = content, .blendsWindows = brimwatch::compositorBlendsWindows});
+}

@@ -1,0 +1,186 @@
+#include "app/app_delegate.h"
+
+#include <gmock/gmock.h>
+
+#include <QApplication>
+#include <QWindow>
+#include <memory>
+
+#include "model_fixture.h"
+#include "presentation/status_menu.h"
+#include "presentation/views/quick_popover.h"
+#include "scripted_desktop.h"
+
+namespace brimwatch {
+namespace {
+
+using ::testing::IsEmpty;
+using ::testing::Not;
+
+class AppDelegateTest : public test::ModelFixture {
+  protected:
+    AppDelegate& launch() {
+        delegate_ = std::make_unique<AppDelegate>(
+            AppDelegate::Surroundings{.model = model(),
+                                      .defaults = defaults_,
+                                      .item = desktop_.item,
+                                      .session = desktop_.session,
+                                      .appearance = desktop_.appearance,
+                                      .timer = desktop_.timer,
+                                      .now = [this] { return now(); },
+                                      .uptime = [] { return 1000.0; },
+                                      .locale = "ko",
+                                      .screenHeights = [] { return std::vector<double>{800}; },
+                                      .rocket = sharedRocket(),
+                                      .makePopover =
+                                          [](MenuContentModel& content) {
+                                              return std::make_unique<QuickPopover>(
+                                                  QuickPopover::Surroundings{.content = content});
+                                          },
+                                      .quit = [this] { ++quitCount_; }});
+        delegate_->didFinishLaunching();
+        return *delegate_;
+    }
+
+    AppDelegate& launchConnected() {
+        startWith(settings_key::setupDone, "true");
+        return launch();
+    }
+
+    void choose(StatusMenuCommand command) {
+        emit desktop_.item.commandChosen(static_cast<int>(command));
+    }
+
+    static std::vector<QWindow*> visibleWindows() {
+        std::vector<QWindow*> windows;
+        for (QWindow* window : QGuiApplication::topLevelWindows()) {
+            if (window->isVisible()) windows.push_back(window);
+        }
+        return windows;
+    }
+
+    int argumentCount_ = 1;
+    std::string name_ = "app_test";
+    char* arguments_[2] = {name_.data(), nullptr};
+    QApplication application_{argumentCount_, arguments_};
+    test::ScriptedDesktop desktop_;
+    int quitCount_ = 0;
+    std::unique_ptr<AppDelegate> delegate_;
+};
+
+TEST_F(AppDelegateTest, AFirstRunShowsTheSettings) {
+    start();
+    launch();
+    ASSERT_EQ(visibleWindows().size(), 1U);
+    EXPECT_EQ(visibleWindows().front()->title(), "Brimwatch?");
+}
+
+TEST_F(AppDelegateTest, OnceConnectedTheItemAloneAppears) {
+    launchConnected();
+    EXPECT_EQ(desktop_.item.showCount, 1);
+    EXPECT_THAT(visibleWindows(), IsEmpty());
+}
+
+TEST_F(AppDelegateTest, TheModelIsAtWorkBeforeTheLaunch) {
+    startWithServices();
+    EXPECT_THAT(services_.watch.folder, Not(IsEmpty()));
+    EXPECT_EQ(desktop_.item.showCount, 0);
+    launch();
+    EXPECT_EQ(desktop_.item.showCount, 1);
+}
+
+TEST_F(AppDelegateTest, AReopenShowsTheSettings) {
+    AppDelegate& delegate = launchConnected();
+    delegate.reopen();
+    EXPECT_EQ(visibleWindows().size(), 1U);
+}
+
+TEST_F(AppDelegateTest, AReopenBringsTheOneWindowForward) {
+    AppDelegate& delegate = launchConnected();
+    delegate.reopen();
+    const std::vector<QWindow*> first = visibleWindows();
+    delegate.reopen();
+    EXPECT_EQ(visibleWindows(), first);
+}
+
+TEST_F(AppDelegateTest, AClosedWindowComesBackAsTheSame) {
+    AppDelegate& delegate = launchConnected();
+    delegate.reopen();
+    const std::vector<QWindow*> first = visibleWindows();
+    ASSERT_EQ(first.size(), 1U);
+    first.front()->close();
+    EXPECT_THAT(visibleWindows(), IsEmpty());
+    EXPECT_EQ(quitCount_, 0);
+    delegate.reopen();
+    EXPECT_EQ(visibleWindows(), first);
+}
+
+TEST_F(AppDelegateTest, AClickOpensThePopoverAndTheMenuDoesToo) {
+    AppDelegate& delegate = launchConnected();
+    desktop_.item.click(QPoint(300, 10));
+    EXPECT_TRUE(delegate.popover().isShown());
+    delegate.popover().performClose();
+    ASSERT_FALSE(delegate.popover().isShown());
+}
+
+TEST_F(AppDelegateTest, TheMenuOpensThePopover) {
+    AppDelegate& delegate = launchConnected();
+    choose(StatusMenuCommand::open);
+    EXPECT_TRUE(delegate.popover().isShown());
+}
+
+TEST_F(AppDelegateTest, TheSettingsTakeThePlaceOfThePopover) {
+    AppDelegate& delegate = launchConnected();
+    choose(StatusMenuCommand::open);
+    ASSERT_TRUE(delegate.popover().isShown());
+    choose(StatusMenuCommand::setup);
+    EXPECT_FALSE(delegate.popover().isShown());
+    EXPECT_TRUE(delegate.setupWindow().isVisible());
+}
+
+TEST_F(AppDelegateTest, TheMenuReceivesFiguresAtOnce) {
+    makeRegisteredFolder(".claude");
+    launchConnected();
+    model().refresh();
+    writeLimits("claude-default", 10, 20);
+    ASSERT_THAT(shownIds(), IsEmpty());
+    choose(StatusMenuCommand::receiveNow);
+    EXPECT_THAT(shownIds(), Not(IsEmpty()));
+}
+
+TEST_F(AppDelegateTest, TheMenuEndsTheProgram) {
+    launchConnected();
+    choose(StatusMenuCommand::quit);
+    EXPECT_EQ(quitCount_, 1);
+}
+
+TEST_F(AppDelegateTest, ACommandThatNobodyKnowsDoesNothing) {
+    launchConnected();
+    emit desktop_.item.commandChosen(99);
+    emit desktop_.item.commandChosen(0);
+    EXPECT_EQ(quitCount_, 0);
+    EXPECT_THAT(visibleWindows(), IsEmpty());
+}
+
+TEST_F(AppDelegateTest, TheMenuOfTheItemFollowsTheFigures) {
+    makeRegisteredFolder(".claude");
+    launchConnected();
+    model().refresh();
+    const std::size_t rowsWithoutFigures = desktop_.item.menu.size();
+    writeLimits("claude-default", 10, 20);
+    model().reload();
+    QCoreApplication::processEvents();
+    ASSERT_GT(desktop_.item.menu.size(), rowsWithoutFigures);
+    EXPECT_TRUE(desktop_.item.menu.front().label.contains("80%"));
+}
+
+TEST_F(AppDelegateTest, OpeningTheMenuLooksForFreshFigures) {
+    makeRegisteredFolder(".claude");
+    launchConnected();
+    writeLimits("claude-default", 10, 20);
+    emit desktop_.item.menuOpened();
+    EXPECT_THAT(shownIds(), Not(IsEmpty()));
+}
+
+}  // namespace
+}  // namespace brimwatch
