@@ -150,6 +150,15 @@ TEST_F(MenuContentView, RunsAnActionAtAClick) {
     EXPECT_FALSE(content_->revealsCardOrder());
 }
 
+TEST_F(MenuContentView, RunsAnActionForAScreenReader) {
+    show(test::cards(1));
+    QAccessibleInterface* button = QAccessible::queryAccessibleInterface(&item("menu.quit"));
+    ASSERT_NE(button, nullptr);
+    ASSERT_NE(button->actionInterface(), nullptr);
+    button->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+    EXPECT_EQ(content_->calls, (std::vector<std::string>{"quit"}));
+}
+
 TEST_F(MenuContentView, ReceivesNewFiguresAtAClick) {
     show(test::cards(1));
     content_->receive(0, 90);

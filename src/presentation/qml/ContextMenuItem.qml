@@ -11,6 +11,7 @@ T.MenuItem {
 
     Accessible.name: root.text
     Accessible.role: Accessible.MenuItem
+    Accessible.onPressAction: root.triggered()
     Keys.onEnterPressed: root.triggered()
     Keys.onReturnPressed: root.triggered()
     hoverEnabled: true

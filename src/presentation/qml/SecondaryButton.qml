@@ -12,6 +12,7 @@ T.Button {
 
     Accessible.name: root.text
     Accessible.role: Accessible.Button
+    Accessible.onPressAction: root.clicked()
     Keys.onEnterPressed: root.clicked()
     Keys.onReturnPressed: root.clicked()
     focusPolicy: Qt.StrongFocus
