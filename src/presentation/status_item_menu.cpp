@@ -26,7 +26,7 @@ void StatusItemMenu::show() {
     surroundings_.item.setMenu(statusMenuRows(surroundings_.model, surroundings_.now()));
 }
 
-void StatusItemMenu::carryOut(int command) {
+void StatusItemMenu::carryOut(int command) const {
     switch (static_cast<StatusMenuCommand>(command)) {
         case StatusMenuCommand::open:
             return surroundings_.open();

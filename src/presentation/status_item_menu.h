@@ -28,7 +28,7 @@ class StatusItemMenu final : public QObject {
 
   private:
     void show();
-    void carryOut(int command);
+    void carryOut(int command) const;
 
     Surroundings surroundings_;
     QTimer soon_;  // joins the changes of one turn of the event loop
