@@ -20,7 +20,7 @@ inline const QString numberId = QStringLiteral("net.quillmoor.brimwatch.number")
 
 class PanelItemTest : public PanelTest {
   protected:
-    void makeItem(const std::string& desktop = "XFCE") {
+    void makeItem(const std::string& desktop = "LXQt") {
         environment_.set("DBUS_SESSION_BUS_ADDRESS", busAddress().toStdString());
         environment_.set("XDG_CURRENT_DESKTOP", desktop);
         using std::chrono::milliseconds;
@@ -40,7 +40,7 @@ class PanelItemTest : public PanelTest {
         QObject::connect(item_.get(), &StatusItem::visibilityChanged, item_.get(),
                          [this] { visible_.push_back(item_->isVisible()); });
     }
-    void showItem(const std::string& desktop = "XFCE") {
+    void showItem(const std::string& desktop = "LXQt") {
         makeItem(desktop);
         item_->show();
     }
