@@ -30,6 +30,8 @@ struct Pixmap {
     int width = 0;
     int height = 0;
     QByteArray bytes;
+
+    bool operator==(const Pixmap&) const = default;
 };
 
 QDBusArgument& operator<<(QDBusArgument& argument, const Pixmap& pixmap) {
