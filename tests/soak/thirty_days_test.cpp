@@ -97,6 +97,7 @@ class ThirtyDays : public test::ModelFixture {
         codexWorld_.advance(duration);
         advance(duration);
         defaults_.changes.clear();
+        defaults_.writes.clear();
         codex_.forgetQuestions();
     }
 
