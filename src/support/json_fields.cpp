@@ -48,6 +48,11 @@ const JsonObject* JsonFields::optionalObject(std::string_view key) {
     return &object(key);
 }
 
+const JsonArray* JsonFields::optionalArray(std::string_view key) {
+    if (at(key).isNull()) return nullptr;
+    return &array(key);
+}
+
 const JsonValue& JsonFields::at(std::string_view key) const {
     static const JsonValue absent;
     const JsonValue* value = object_.find(key);

@@ -31,6 +31,7 @@ class JsonFields {
     std::optional<double> optionalNumber(std::string_view key);
     std::optional<std::string> optionalString(std::string_view key);
     const JsonObject* optionalObject(std::string_view key);
+    const JsonArray* optionalArray(std::string_view key);
 
   private:
     // The member, or null where there is none.

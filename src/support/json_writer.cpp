@@ -1,7 +1,5 @@
 #include "support/json_writer.h"
 
-#include <string_view>
-
 #include "support/unicode.h"
 
 namespace brimwatch {
@@ -39,28 +37,6 @@ unsigned surrogateUnit(std::string_view text) {
     return 0xD000U | ((second & 0x3FU) << 6U) | (third & 0x3FU);
 }
 
-void appendString(std::string& out, std::string_view text) {
-    out += '"';
-    while (!text.empty()) {
-        const char character = text.front();
-        if (startsWithSurrogate(text)) {
-            appendUnicodeEscape(out, surrogateUnit(text));
-            text.remove_prefix(3);
-            continue;
-        }
-        if (character == '"' || character == '\\') {
-            out += '\\';
-            out += character;
-        } else if (static_cast<unsigned char>(character) < 0x20) {
-            appendControlCharacter(out, character);
-        } else {
-            out += character;
-        }
-        text.remove_prefix(1);
-    }
-    out += '"';
-}
-
 class Writer {
   public:
     Writer(std::string& out, JsonLayout layout) : out_(out), layout_(layout) {}
@@ -69,7 +45,7 @@ class Writer {
         if (value.isNull()) out_ += "null";
         if (const bool* boolean = value.boolean()) out_ += *boolean ? "true" : "false";
         if (const JsonNumber* number = value.number()) out_ += number->spelling;
-        if (const std::string* text = value.string()) appendString(out_, *text);
+        if (const std::string* text = value.string()) appendJsonString(out_, *text);
         if (const JsonArray* elements = value.array()) writeArray(*elements, depth);
         if (const JsonObject* object = value.object()) writeObject(*object, depth);
     }
@@ -91,7 +67,7 @@ class Writer {
         for (const JsonMember& member : object.members()) {
             if (&member != &object.members().front()) out_ += ',';
             startLine(depth + 1);
-            appendString(out_, member.key);
+            appendJsonString(out_, member.key);
             out_ += layout_ == JsonLayout::pretty ? ": " : ":";
             write(member.value, depth + 1);
         }
@@ -110,6 +86,28 @@ class Writer {
 };
 
 }  // namespace
+
+void appendJsonString(std::string& out, std::string_view text) {
+    out += '"';
+    while (!text.empty()) {
+        const char character = text.front();
+        if (startsWithSurrogate(text)) {
+            appendUnicodeEscape(out, surrogateUnit(text));
+            text.remove_prefix(3);
+            continue;
+        }
+        if (character == '"' || character == '\\') {
+            out += '\\';
+            out += character;
+        } else if (static_cast<unsigned char>(character) < 0x20) {
+            appendControlCharacter(out, character);
+        } else {
+            out += character;
+        }
+        text.remove_prefix(1);
+    }
+    out += '"';
+}
 
 std::string writeJson(const JsonValue& value, JsonLayout layout) {
     std::string out;
