@@ -1,8 +1,8 @@
 #include "publish/aes_gcm.h"
 
-#include <openssl/err.h>
 #include <openssl/evp.h>
 
+#include <algorithm>
 #include <limits>
 #include <memory>
 
@@ -13,15 +13,6 @@ struct FreeContext {
     void operator()(EVP_CIPHER_CTX* context) const { ::EVP_CIPHER_CTX_free(context); }
 };
 using Context = std::unique_ptr<EVP_CIPHER_CTX, FreeContext>;
-
-// Leaves no errors behind in the queue of the thread, where others would take them for theirs.
-class ErrorMark {
-  public:
-    ErrorMark() { ::ERR_set_mark(); }
-    ErrorMark(const ErrorMark&) = delete;
-    ErrorMark& operator=(const ErrorMark&) = delete;
-    ~ErrorMark() { ::ERR_pop_to_mark(); }
-};
 
 enum class Direction { decrypt, encrypt };
 
@@ -63,7 +54,6 @@ bool finish(EVP_CIPHER_CTX* context) {
 std::optional<std::string> seal(std::string_view text, const SymmetricKey& key,
                                 const Nonce& nonce) {
     if (!fitsCipher(text.size())) return std::nullopt;
-    const ErrorMark mark;
     const Context context(::EVP_CIPHER_CTX_new());
     std::string sealed(nonceBytes + text.size() + tagBytes, '\0');
     unsigned char* const out = bytesOf(sealed);
@@ -79,7 +69,6 @@ std::optional<std::string> seal(std::string_view text, const SymmetricKey& key,
 
 std::optional<std::string> open(std::string_view sealed, const SymmetricKey& key) {
     if (sealed.size() < nonceBytes + tagBytes || !fitsCipher(sealed.size())) return std::nullopt;
-    const ErrorMark mark;
     const Context context(::EVP_CIPHER_CTX_new());
     const std::string_view ciphertext =
         sealed.substr(nonceBytes, sealed.size() - nonceBytes - tagBytes);

@@ -18,9 +18,14 @@ namespace {
 constexpr double beyondWholeNumbers = 0x1p53;
 
 bool isSpelledAsInteger(double number) {
-    return std::abs(number) < beyondWholeNumbers && number == std::trunc(number) &&
+    return std::abs(number) < beyondWholeNumbers &&
+           number == static_cast<double>(static_cast<std::int64_t>(number)) &&
            !(number == 0 && std::signbit(number));
 }
+
+// What an account without a history, and what a sample commonly take.
+constexpr std::size_t expectedAccountBytes = 300;
+constexpr std::size_t expectedSampleBytes = 250;
 
 std::string validUnicode(std::string_view text) {
     std::string valid;
@@ -140,6 +145,16 @@ void appendWireText(std::string& json, std::string_view text) {
     } else {
         appendJsonString(json, validUnicode(text));
     }
+}
+
+std::size_t expectedBytes(const std::vector<SubscriptionLimits>& limits) {
+    std::size_t bytes = 0;
+    for (const SubscriptionLimits& element : limits) {
+        bytes += expectedAccountBytes;
+        if (element.recentUsageHistory)
+            bytes += expectedSampleBytes * element.recentUsageHistory->size();
+    }
+    return bytes;
 }
 
 void appendLimits(std::string& json, const SubscriptionLimits& limits) {

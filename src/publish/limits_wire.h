@@ -5,9 +5,11 @@
 // digest stands on. Any thread.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "limits/subscription_limits.h"
 #include "support/json_value.h"
@@ -19,6 +21,9 @@ namespace brimwatch {
 void appendLimits(std::string& json, const SubscriptionLimits& limits);
 void appendWireNumber(std::string& json, double number);
 void appendWireText(std::string& json, std::string_view text);
+
+// About as many bytes as they take, to be reserved.
+std::size_t expectedBytes(const std::vector<SubscriptionLimits>& limits);
 
 // Nothing unless every required key is there, everything has its type, and every number is finite.
 // Unknown keys are ignored.

@@ -12,7 +12,9 @@ namespace brimwatch {
 namespace {
 
 std::string encodedContent(const std::vector<SubscriptionLimits>& limits) {
-    std::string json = R"({"limits":[)";
+    std::string json;
+    json.reserve(expectedBytes(limits));
+    json += R"({"limits":[)";
     for (const SubscriptionLimits& element : limits) {
         if (&element != &limits.front()) json += ',';
         appendLimits(json, element);

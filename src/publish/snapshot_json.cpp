@@ -6,6 +6,7 @@
 #include "publish/limits_wire.h"
 #include "support/json_fields.h"
 #include "support/json_reader.h"
+#include "support/unicode.h"
 
 namespace brimwatch {
 namespace {
@@ -37,7 +38,12 @@ std::optional<Snapshot::Mac> decodeMac(const JsonValue& value) {
 }  // namespace
 
 std::string encodeSnapshot(const Snapshot& snapshot) {
-    std::string json = R"({"macs":{)";
+    std::size_t bytes = 0;
+    for (const auto& [id, mac] : snapshot.macs)
+        bytes += expectedBytes(mac.limits);
+    std::string json;
+    json.reserve(bytes);
+    json += R"({"macs":{)";
     for (const auto& [id, mac] : snapshot.macs) {
         if (&id != &snapshot.macs.begin()->first) json += ',';
         appendWireText(json, id.text);
@@ -57,7 +63,7 @@ std::optional<Snapshot> decodeSnapshot(std::string_view json) {
     Snapshot snapshot{.version = fields.integer("version"), .macs = {}};
     for (const JsonMember& member : fields.object("macs").members()) {
         std::optional<Snapshot::Mac> mac = decodeMac(member.value);
-        if (!mac) return std::nullopt;
+        if (!mac || !isValidUtf8(member.key)) return std::nullopt;
         snapshot.macs.emplace(MacId{member.key}, *std::move(mac));
     }
     if (!fields.allRead() || snapshot.version != Snapshot::supportedVersion) return std::nullopt;

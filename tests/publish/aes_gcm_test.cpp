@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 #include <openssl/err.h>
+#include <sys/mman.h>
+
+#include <new>
 
 #include "harness/random.h"
 #include "publish_examples.h"
@@ -101,6 +104,32 @@ TEST(AesGcm, LeavesNoErrorsBehindForOthersAndTakesNoneAway) {
     EXPECT_FALSE(aes_gcm::open(std::string(40, 'x'), countingKey()));
     EXPECT_EQ(::ERR_get_error(), somebodysError);
     EXPECT_EQ(::ERR_get_error(), 0U);
+}
+
+// Bytes that may not even be looked at.
+class ForbiddenBytes {
+  public:
+    explicit ForbiddenBytes(std::size_t size)
+        : size_(size),
+          bytes_(::mmap(nullptr, size, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1,
+                        0)) {
+        if (bytes_ == MAP_FAILED) throw std::bad_alloc();
+    }
+    ForbiddenBytes(const ForbiddenBytes&) = delete;
+    ForbiddenBytes& operator=(const ForbiddenBytes&) = delete;
+    ~ForbiddenBytes() { ::munmap(bytes_, size_); }
+
+    std::string_view view() const { return {static_cast<const char*>(bytes_), size_}; }
+
+  private:
+    std::size_t size_;
+    void* bytes_;
+};
+
+TEST(AesGcm, RefusesTextsThatAreTooLongForTheCipher) {
+    const ForbiddenBytes bytes(std::size_t{1} << 31U);
+    EXPECT_FALSE(aes_gcm::seal(bytes.view(), countingKey(), countingNonce()));
+    EXPECT_FALSE(aes_gcm::open(bytes.view(), countingKey()));
 }
 
 }  // namespace

@@ -172,6 +172,10 @@ TEST(LimitsWire, SpellsWholeNumbersWithoutAFractionOrAnExponent) {
     EXPECT_EQ(spelled(1'790'000'000), "1790000000");
     EXPECT_EQ(spelled(9'007'199'254'740'991), "9007199254740991");
     EXPECT_EQ(spelled(-9'007'199'254'740'991), "-9007199254740991");
+    EXPECT_EQ(spelled(9'007'199'254'740'992), "9007199254740992");
+    EXPECT_EQ(spelled(1e18), "1e+18");
+    EXPECT_EQ(spelled(-1e18), "-1e+18");
+    EXPECT_EQ(spelled(-1e300), "-1e+300");
     EXPECT_EQ(spelled(37.5), "37.5");
     EXPECT_EQ(spelled(0.1), "0.1");
 }

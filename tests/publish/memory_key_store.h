@@ -23,11 +23,12 @@ class MemoryKeyStore : public KeyStore {
         return key_status::success;
     }
 
+    // A careless one: it shows what it has also where it fails.
     Match copyMatching(const KeyItem& item, KeyPrompt prompt) override {
-        if (const auto status = begin("copy", item, prompt)) return {.status = *status};
+        const auto status = begin("copy", item, prompt);
         const auto found = values.find(nameOf(item));
-        if (found == values.end()) return {.status = key_status::itemNotFound};
-        return {.value = found->second};
+        if (found == values.end()) return {.status = status.value_or(key_status::itemNotFound)};
+        return {.status = status.value_or(key_status::success), .value = found->second};
     }
 
     KeyStatus update(const KeyItem& item, const SecretBytes& value, KeyPrompt prompt) override {

@@ -176,6 +176,19 @@ TEST(ContentDigestTest, IsTheSha256OfTheLimitsWithSortedKeys) {
               "ead7e0f291329330e0f3a5bd866fea6018a2f8bf1309507b22e452f389f4e996");
 }
 
+TEST(ContentDigestTest, CoversAllAccountsOfTheList) {
+    SubscriptionLimits first;
+    first.account = "a";
+    first.updatedAt = instantFromUnixSeconds(5);
+    SubscriptionLimits second = first;
+    second.provider = SubscriptionLimits::Provider::codex;
+    second.account = "b";
+    // {"limits":[{"account":"a","provider":"claude","updatedAt":5},
+    // {"account":"b","provider":"codex","updatedAt":5}]}
+    EXPECT_EQ(hexOf(PublishSchedule::contentDigest({first, second})),
+              "f2bd6ee5bb0c12054749c85043907a72f391d3fa7b487f8ac41edfdb7ac5b0d7");
+}
+
 TEST(ContentDigestTest, IsAnotherWhateverChanges) {
     SubscriptionLimits base = accountOf("work", 0, {600, 300});
     base.fiveHour = UsageWindow{1, now};

@@ -78,6 +78,13 @@ TEST(SnapshotJson, IsUnreadableAsAWholeUnlessEachMacIsWhole) {
     EXPECT_FALSE(decodeSnapshot(R"({"version":1,"macs":{"a":{"limits":[],"sentAt":1e999}}})"));
 }
 
+// Such a key could not be written again as it was.
+TEST(SnapshotJson, IsUnreadableWithAMacWhoseKeyIsNotUnicode) {
+    EXPECT_TRUE(
+        decodeSnapshot(R"({"version":1,"macs":{"\ud83d\ude80":{"limits":[],"sentAt":1}}})"));
+    EXPECT_FALSE(decodeSnapshot(R"({"version":1,"macs":{"\ud83d":{"limits":[],"sentAt":1}}})"));
+}
+
 TEST(SnapshotJson, LosesOnlyTheElementsThatItCannotReadAndKeepsTheOrderOfTheRest) {
     nlohmann::json json = nlohmann::json::parse(encodeSnapshot(twoMacs()));
     nlohmann::json& limits = json["macs"][thisMac.text]["limits"];

@@ -47,5 +47,13 @@ TEST(JsonWriter, EscapesASurrogateWithoutItsPartner) {
     EXPECT_EQ(rewritten(R"("\ud7ff\ue000")"), "\"\xED\x9F\xBF\xEE\x80\x80\"");
 }
 
+TEST(JsonWriter, AppendsATextAsAString) {
+    std::string out = "[";
+    appendJsonString(out, "a\"b\n");
+    out += ',';
+    appendJsonString(out, "");
+    EXPECT_EQ(out, R"(["a\"b\n","")");
+}
+
 }  // namespace
 }  // namespace brimwatch
