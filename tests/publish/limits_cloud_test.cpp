@@ -6,6 +6,7 @@
 #include <limits>
 #include <memory>
 
+#include "harness/random.h"
 #include "publish/aes_gcm.h"
 #include "publish/snapshot_json.h"
 #include "publish_examples.h"
@@ -315,6 +316,48 @@ TEST(LimitsCloudRemoval, NeverOverwritesWhatItCannotRead) {
         EXPECT_EQ(
             failureOf([&] { LimitsCloud::payloadWithoutShare(payload, countingKey(), thisMac); }),
             unreadable);
+    }
+}
+
+// Several Macs at one record, each at its own pace, with clocks that jump and keys that are wrong
+// now and then, beside a map that is told the same.
+TEST(LimitsCloudShare, SurvivesAnyOrderOfSavesAndRemovals) {
+    test::Random random;
+    SCOPED_TRACE(random.trace());
+    const std::vector<MacId> macs = {thisMac, otherMac, MacId{"a third"}};
+    constexpr std::int64_t month = 2'592'000;
+    std::optional<std::string> record;
+    Snapshot expected;
+    double clock = test::nowSeconds;
+    for (int round = 0; round < 2000; ++round) {
+        clock += static_cast<double>(random.oneIn(10) ? random.between(-month, month)
+                                                      : random.between(0, month / 8));
+        const Instant moment = instantFromUnixSeconds(clock);
+        const MacId& mac = macs[random.below(macs.size())];
+        if (random.oneIn(20)) {
+            record = std::string(random.below(51), 'x');
+            expected.macs.clear();
+            EXPECT_EQ(
+                failureOf([&] { LimitsCloud::payloadWithoutShare(record, countingKey(), mac); }),
+                unreadable);
+        }
+        const bool isReadable = record && record->size() > 50;
+        if (isReadable && random.oneIn(3)) {
+            record = LimitsCloud::payloadWithoutShare(record, countingKey(), mac).bytes;
+            expected.macs.erase(mac);
+        } else {
+            const std::vector<SubscriptionLimits> limits(random.below(3),
+                                                         accountOf(mac.text, round, {600}));
+            record =
+                LimitsCloud::payloadWithShare(record, countingKey(), mac, limits, moment).bytes;
+            expected.macs[mac] = {moment, limits};
+            for (const MacId& each : macs) {
+                const auto found = expected.macs.find(each);
+                if (found == expected.macs.end()) continue;
+                if (clock - unixSeconds(found->second.sentAt) >= month) expected.macs.erase(found);
+            }
+        }
+        ASSERT_EQ(LimitsCloud::open(*record, countingKey()), expected) << "round " << round;
     }
 }
 
