@@ -29,6 +29,7 @@ inline constexpr int invalidArguments = 12;
 inline constexpr int serverRecordChanged = 14;
 inline constexpr int serverRejectedRequest = 15;
 inline constexpr int constraintViolation = 19;
+inline constexpr int operationCancelled = 20;
 inline constexpr int batchRequestFailed = 22;
 inline constexpr int zoneBusy = 23;
 inline constexpr int quotaExceeded = 25;
