@@ -5,12 +5,13 @@
 // that dies does not end the program. Main thread.
 #pragma once
 
+#include <QElapsedTimer>
 #include <QObject>
 #include <QTimer>
 #include <chrono>
 #include <optional>
 
-#include "platform/linux/own_bus.h"
+#include "platform/linux/event_loop_bus.h"
 #include "support/environment.h"
 
 namespace brimwatch {
@@ -22,10 +23,10 @@ class BusLink final : public QObject {
     // The environment must outlive it.
     BusLink(const Environment& environment, std::chrono::milliseconds retryEvery);
 
-    // Once. Either of the signals comes before it returns.
+    // Once.
     void open();
     // Nothing while there is no bus.
-    QDBusConnection* connection() { return connection_ ? &**connection_ : nullptr; }
+    EventLoopBus* connection() { return bus_ && bus_->isOpen() ? &*bus_ : nullptr; }
     const QString& address() const { return address_; }
 
   signals:
@@ -34,14 +35,16 @@ class BusLink final : public QObject {
     void missing();
 
   private:
-    Q_SLOT void leave();
     void look();
-    bool connectToBus();
+    void meet();
+    void lose();
+    void noteMissing();
 
     const Environment environment_;
     QTimer retry_;
+    QElapsedTimer asked_;
     QString address_;
-    std::optional<OwnBus> connection_;
+    std::optional<EventLoopBus> bus_;
     bool isMissing_ = false;
 };
 

@@ -1,170 +1,233 @@
 #include "platform/linux/dbus_menu.h"
 
-#include <QDBusMessage>
-#include <QPointer>
 #include <algorithm>
 #include <set>
 #include <utility>
-
-#include "platform/linux/dbus_properties.h"
+#include <variant>
 
 namespace brimwatch {
 
 namespace {
 
 using Row = StatusItem::MenuRow;
+using Item = DBusMenu::Item;
+// No names stand for all of them.
+using Names = std::vector<std::string_view>;
 
-constexpr QLatin1String interfaceName("com.canonical.dbusmenu");
+constexpr const char* interfaceName = "com.canonical.dbusmenu";
 constexpr int rootId = 0;
 constexpr int kindCount = 3;
 
-constexpr const char* introspection = R"xml(<interface name="com.canonical.dbusmenu">
-  <property name="Version" type="u" access="read"/>
-  <property name="TextDirection" type="s" access="read"/>
-  <property name="Status" type="s" access="read"/>
-  <property name="IconThemePath" type="as" access="read"/>
-  <method name="GetLayout">
-    <arg name="parentId" type="i" direction="in"/>
-    <arg name="recursionDepth" type="i" direction="in"/>
-    <arg name="propertyNames" type="as" direction="in"/>
-    <arg name="revision" type="u" direction="out"/>
-    <arg name="layout" type="(ia{sv}av)" direction="out"/>
-  </method>
-  <method name="GetGroupProperties">
-    <arg name="ids" type="ai" direction="in"/>
-    <arg name="propertyNames" type="as" direction="in"/>
-    <arg name="properties" type="a(ia{sv})" direction="out"/>
-  </method>
-  <method name="GetProperty">
-    <arg name="id" type="i" direction="in"/>
-    <arg name="name" type="s" direction="in"/>
-    <arg name="value" type="v" direction="out"/>
-  </method>
-  <method name="Event">
-    <arg name="id" type="i" direction="in"/>
-    <arg name="eventId" type="s" direction="in"/>
-    <arg name="data" type="v" direction="in"/>
-    <arg name="timestamp" type="u" direction="in"/>
-  </method>
-  <method name="EventGroup">
-    <arg name="events" type="a(isvu)" direction="in"/>
-    <arg name="idErrors" type="ai" direction="out"/>
-  </method>
-  <method name="AboutToShow">
-    <arg name="id" type="i" direction="in"/>
-    <arg name="needUpdate" type="b" direction="out"/>
-  </method>
-  <method name="AboutToShowGroup">
-    <arg name="ids" type="ai" direction="in"/>
-    <arg name="updatesNeeded" type="ai" direction="out"/>
-    <arg name="idErrors" type="ai" direction="out"/>
-  </method>
-  <signal name="ItemsPropertiesUpdated">
-    <arg name="updatedProps" type="a(ia{sv})"/>
-    <arg name="removedProps" type="a(ias)"/>
-  </signal>
-  <signal name="LayoutUpdated">
-    <arg name="revision" type="u"/>
-    <arg name="parent" type="i"/>
-  </signal>
-  <signal name="ItemActivationRequested">
-    <arg name="id" type="i"/>
-    <arg name="timestamp" type="u"/>
-  </signal>
-</interface>
-)xml";
-
-QVariantMap menuProperties() {
-    return {{"Version", 3U},
-            {"TextDirection", "ltr"},
-            {"Status", "normal"},
-            {"IconThemePath", QStringList()}};
-}
-
 // An underscore alone would underline what follows it.
-QString labelText(QString label) {
-    return label.replace('_', QLatin1String("__"));
-}
-
-QVariantMap rowProperties(const Row& row) {
-    switch (row.kind) {
-        case Row::Kind::separator:
-            return {{"type", "separator"}};
-        case Row::Kind::text:
-            return {{"label", labelText(row.label)}, {"enabled", false}};
-        case Row::Kind::command:
-            break;
-    }
-    return {{"label", labelText(row.label)}};
-}
-
-// The id says of what kind the row is, so that none ever turns from a separator into a text: panels
-// keep the widget that they have made for an id.
-std::vector<DBusMenuItem> itemsOf(const std::vector<Row>& rows) {
-    std::vector<DBusMenuItem> items{{rootId, {{"children-display", "submenu"}}}};
-    int texts = 0;
-    int separators = 0;
-    for (const Row& row : rows) {
-        const int number = row.kind == Row::Kind::command ? row.id
-                           : row.kind == Row::Kind::text  ? ++texts
-                                                          : ++separators;
-        items.push_back({number * kindCount + static_cast<int>(row.kind), rowProperties(row)});
-    }
-    return items;
+std::string labelText(QString label) {
+    return label.replace('_', QLatin1String("__")).toStdString();
 }
 
 bool isCommand(int id) {
     return id != rootId && id % kindCount == static_cast<int>(Row::Kind::command);
 }
 
-// No names stand for all of them.
-QVariantMap selected(const QVariantMap& properties, const QStringList& names) {
-    if (names.isEmpty()) return properties;
-    QVariantMap some;
-    for (auto each = properties.begin(); each != properties.end(); ++each)
-        if (names.contains(each.key())) some.insert(each.key(), each.value());
-    return some;
+struct Property {
+    const char* name;
+    std::variant<const char*, bool> value;
+};
+
+// They last as long as the item does not change.
+std::vector<Property> propertiesOf(const Item& item) {
+    if (!item.kind) return {{"children-display", "submenu"}};
+    switch (*item.kind) {
+        case Row::Kind::separator:
+            return {{"type", "separator"}};
+        case Row::Kind::text:
+            return {{"label", item.label.c_str()}, {"enabled", false}};
+        case Row::Kind::command:
+            break;
+    }
+    return {{"label", item.label.c_str()}};
 }
 
-template <typename Value>
-Value argument(const QDBusMessage& message, int index) {
-    return qdbus_cast<Value>(message.arguments().at(index));
+// As a variant.
+void appendValue(sd_bus_message* message, const Property& property) {
+    if (const auto* text = std::get_if<const char*>(&property.value)) {
+        sd_bus_message_append(message, "v", "s", *text);
+    } else {
+        sd_bus_message_append(message, "v", "b", int(std::get<bool>(property.value)));
+    }
 }
 
-QDBusMessage unknownItem(const QDBusMessage& message, int id) {
-    return message.createErrorReply(QDBusError::InvalidArgs,
-                                    QStringLiteral("There is no item %1").arg(id));
+// The id, and those of the properties that have one of the names.
+void appendItem(sd_bus_message* message, const Item& item, const Names& names) {
+    sd_bus_message_append(message, "i", item.id);
+    sd_bus_message_open_container(message, 'a', "{sv}");
+    for (const Property& property : propertiesOf(item)) {
+        const bool isWanted =
+            names.empty() || std::find(names.begin(), names.end(), property.name) != names.end();
+        if (!isWanted) continue;
+        sd_bus_message_open_container(message, 'e', "sv");
+        sd_bus_message_append(message, "s", property.name);
+        appendValue(message, property);
+        sd_bus_message_close_container(message);
+    }
+    sd_bus_message_close_container(message);
 }
 
-bool haveSameIds(const std::vector<DBusMenuItem>& some, const std::vector<DBusMenuItem>& others) {
-    return std::equal(
-        some.begin(), some.end(), others.begin(), others.end(),
-        [](const DBusMenuItem& one, const DBusMenuItem& other) { return one.id == other.id; });
+void appendItemAlone(sd_bus_message* message, const Item& item, const Names& names) {
+    sd_bus_message_open_container(message, 'r', "ia{sv}");
+    appendItem(message, item, names);
+    sd_bus_message_close_container(message);
+}
+
+void appendLeaf(sd_bus_message* message, const Item& item, const Names& names) {
+    sd_bus_message_open_container(message, 'v', "(ia{sv}av)");
+    sd_bus_message_open_container(message, 'r', "ia{sv}av");
+    appendItem(message, item, names);
+    sd_bus_message_append(message, "av", 0);
+    sd_bus_message_close_container(message);
+    sd_bus_message_close_container(message);
+}
+
+std::vector<int> readIds(sd_bus_message* call) {
+    const void* ids = nullptr;
+    std::size_t size = 0;
+    if (sd_bus_message_read_array(call, 'i', &ids, &size) < 0) return {};
+    const int* first = static_cast<const int*>(ids);
+    return {first, first + size / sizeof(int)};
+}
+
+// They last as long as the call.
+std::vector<std::string_view> readNames(sd_bus_message* call) {
+    std::vector<std::string_view> names;
+    sd_bus_message_enter_container(call, 'a', "s");
+    const char* name = nullptr;
+    while (sd_bus_message_read_basic(call, 's', &name) > 0)
+        names.emplace_back(name);
+    sd_bus_message_exit_container(call);
+    return names;
+}
+
+struct Event {
+    int id;
+    std::string name;
+};
+
+Event readEvent(sd_bus_message* call) {
+    int id = 0;
+    const char* name = "";
+    sd_bus_message_read(call, "is", &id, &name);
+    sd_bus_message_skip(call, "vu");
+    return {id, name};
+}
+
+std::vector<Event> readEvents(sd_bus_message* call) {
+    std::vector<Event> events;
+    sd_bus_message_enter_container(call, 'a', "(isvu)");
+    while (sd_bus_message_enter_container(call, 'r', "isvu") > 0) {
+        events.push_back(readEvent(call));
+        sd_bus_message_exit_container(call);
+    }
+    sd_bus_message_exit_container(call);
+    return events;
+}
+
+BusMessage replyTo(sd_bus_message* call) {
+    sd_bus_message* reply = nullptr;
+    sd_bus_message_new_method_return(call, &reply);
+    return BusMessage(reply);
+}
+
+void send(const BusMessage& message) {
+    if (message) sd_bus_message_send(message.get());
+}
+
+void appendIds(sd_bus_message* message, const std::vector<int>& ids) {
+    sd_bus_message_append_array(message, 'i', ids.data(), ids.size() * sizeof(int));
+}
+
+void refuseItem(sd_bus_message* call, int id) {
+    sd_bus_reply_method_errorf(call, SD_BUS_ERROR_INVALID_ARGS, "There is no item %d", id);
+}
+
+// The id says of what kind the row is, so that none ever turns from a separator into a text: panels
+// keep the widget that they have made for an id.
+std::vector<Item> itemsOf(const std::vector<Row>& rows) {
+    std::vector<Item> items{{rootId, std::nullopt, {}}};
+    int texts = 0;
+    int separators = 0;
+    for (const Row& row : rows) {
+        const int number = row.kind == Row::Kind::command ? row.id
+                           : row.kind == Row::Kind::text  ? ++texts
+                                                          : ++separators;
+        items.push_back(
+            {number * kindCount + static_cast<int>(row.kind), row.kind, labelText(row.label)});
+    }
+    return items;
+}
+
+template <class Some>
+bool haveSameIds(const Some& some, const Some& others) {
+    return std::equal(some.begin(), some.end(), others.begin(), others.end(),
+                      [](const auto& one, const auto& other) { return one.id == other.id; });
+}
+
+void readVersion(sd_bus_message* reply) {
+    sd_bus_message_append(reply, "u", 3U);
+}
+
+void readTextDirection(sd_bus_message* reply) {
+    sd_bus_message_append(reply, "s", "ltr");
+}
+
+void readStatus(sd_bus_message* reply) {
+    sd_bus_message_append(reply, "s", "normal");
+}
+
+void readNoPaths(sd_bus_message* reply) {
+    sd_bus_message_append(reply, "as", 0);
 }
 
 }  // namespace
 
-const std::array<DBusMenu::Method, 7> DBusMenu::methods = {{
-    {"GetLayout", "iias", &DBusMenu::layout},
-    {"GetGroupProperties", "aias", &DBusMenu::groupProperties},
-    {"GetProperty", "is", &DBusMenu::property},
-    {"Event", "isvu", &DBusMenu::event},
-    {"EventGroup", "a(isvu)", &DBusMenu::eventGroup},
-    {"AboutToShow", "i", &DBusMenu::aboutToShow},
-    {"AboutToShowGroup", "ai", &DBusMenu::aboutToShowGroup},
-}};
+const std::array<sd_bus_vtable, 16> DBusMenu::table = {
+    startOfTable(),
+    propertyEntry<&readVersion>("Version", "u"),
+    propertyEntry<&readTextDirection>("TextDirection", "s"),
+    propertyEntry<&readStatus>("Status", "s"),
+    propertyEntry<&readNoPaths>("IconThemePath", "as"),
+    methodEntry<&DBusMenu::layout>("GetLayout", "iias", "u(ia{sv}av)",
+                                   SD_BUS_PARAM(parentId) SD_BUS_PARAM(recursionDepth) SD_BUS_PARAM(
+                                       propertyNames) SD_BUS_PARAM(revision) SD_BUS_PARAM(layout)),
+    methodEntry<&DBusMenu::groupProperties>("GetGroupProperties", "aias", "a(ia{sv})",
+                                            SD_BUS_PARAM(ids) SD_BUS_PARAM(propertyNames)
+                                                SD_BUS_PARAM(properties)),
+    methodEntry<&DBusMenu::property>("GetProperty", "is", "v",
+                                     SD_BUS_PARAM(id) SD_BUS_PARAM(name) SD_BUS_PARAM(value)),
+    methodEntry<&DBusMenu::event>("Event", "isvu", "",
+                                  SD_BUS_PARAM(id) SD_BUS_PARAM(eventId) SD_BUS_PARAM(data)
+                                      SD_BUS_PARAM(timestamp)),
+    methodEntry<&DBusMenu::eventGroup>("EventGroup", "a(isvu)", "ai",
+                                       SD_BUS_PARAM(events) SD_BUS_PARAM(idErrors)),
+    methodEntry<&DBusMenu::aboutToShow>("AboutToShow", "i", "b",
+                                        SD_BUS_PARAM(id) SD_BUS_PARAM(needUpdate)),
+    methodEntry<&DBusMenu::aboutToShowGroup>("AboutToShowGroup", "ai", "aiai",
+                                             SD_BUS_PARAM(ids) SD_BUS_PARAM(updatesNeeded)
+                                                 SD_BUS_PARAM(idErrors)),
+    signalEntry("ItemsPropertiesUpdated", "a(ia{sv})a(ias)",
+                SD_BUS_PARAM(updatedProps) SD_BUS_PARAM(removedProps)),
+    signalEntry("LayoutUpdated", "ui", SD_BUS_PARAM(revision) SD_BUS_PARAM(parent)),
+    signalEntry("ItemActivationRequested", "iu", SD_BUS_PARAM(id) SD_BUS_PARAM(timestamp)),
+    endOfTable(),
+};
 
-DBusMenu::DBusMenu() : items_(itemsOf({})) {
-    registerDBusMenuTypes();
-}
+DBusMenu::DBusMenu() : items_(itemsOf({})) {}
 
-bool DBusMenu::exportOn(const QDBusConnection& connection) {
-    connection_ = connection;
-    return connection_->registerVirtualObject(objectPath(), this);
+bool DBusMenu::exportOn(EventLoopBus& bus) {
+    bus_ = &bus;
+    object_ = ExportedObject(bus, objectPath, interfaceName, table.data(), this);
+    return bool(object_);
 }
 
 void DBusMenu::setRows(const std::vector<Row>& rows) {
-    std::vector<DBusMenuItem> items = itemsOf(rows);
+    Items items = itemsOf(rows);
     if (haveSameIds(items, items_)) {
         updateLabels(items);
         items_ = std::move(items);
@@ -172,151 +235,136 @@ void DBusMenu::setRows(const std::vector<Row>& rows) {
     }
     items_ = std::move(items);
     ++revision_;
-    send("LayoutUpdated", {revision_, rootId});
+    if (!bus_) return;
+    const BusMessage signal = bus_->newSignal(objectPath, interfaceName, "LayoutUpdated");
+    if (!signal) return;
+    sd_bus_message_append(signal.get(), "ui", revision_, rootId);
+    bus_->send(signal);
 }
 
-void DBusMenu::updateLabels(const std::vector<DBusMenuItem>& items) {
-    QList<DBusMenuItem> changed;
+void DBusMenu::updateLabels(const Items& items) {
+    if (items == items_ || !bus_) return;
+    const BusMessage signal = bus_->newSignal(objectPath, interfaceName, "ItemsPropertiesUpdated");
+    if (!signal) return;
+    sd_bus_message_open_container(signal.get(), 'a', "(ia{sv})");
     for (std::size_t i = 0; i < items.size(); ++i)
-        if (items[i].properties != items_[i].properties) changed.append(items[i]);
-    if (changed.isEmpty()) return;
-    send("ItemsPropertiesUpdated",
-         {QVariant::fromValue(changed), QVariant::fromValue(QList<DBusMenuRemovedProperties>())});
+        if (items[i] != items_[i]) appendItemAlone(signal.get(), items[i], {});
+    sd_bus_message_close_container(signal.get());
+    sd_bus_message_append(signal.get(), "a(ias)", 0);
+    bus_->send(signal);
 }
 
-QString DBusMenu::introspect(const QString& path) const {
-    return path == objectPath() ? QString::fromLatin1(introspection) : QString();
-}
-
-bool DBusMenu::handleMessage(const QDBusMessage& message, const QDBusConnection& connection) {
-    if (isPropertiesCall(message)) {
-        sendReply(message, connection, propertiesReply(message, interfaceName, menuProperties()));
-        return true;
-    }
-    if (!message.interface().isEmpty() && message.interface() != interfaceName) return false;
-    for (const Method& method : methods) {
-        if (message.member() != QLatin1String(method.name)) continue;
-        if (message.signature() == QLatin1String(method.signature)) {
-            (this->*method.answer)(message, connection);
-        } else {
-            sendReply(message, connection, wrongArguments(message));
-        }
-        return true;
-    }
-    // Without an interface it may be one of those that Qt answers.
-    if (message.interface().isEmpty()) return false;
-    sendReply(message, connection, unknownMethod(message));
-    return true;
-}
-
-void DBusMenu::layout(const QDBusMessage& message, const QDBusConnection& connection) {
-    const int id = argument<int>(message, 0);
-    const int depth = argument<int>(message, 1);
-    const auto names = argument<QStringList>(message, 2);
-    const DBusMenuItem* parent = item(id);
-    if (parent == nullptr) return sendReply(message, connection, unknownItem(message, id));
-    DBusMenuLayout layout{id, selected(parent->properties, names), {}};
-    if (id == rootId && depth != 0) {
+void DBusMenu::layout(sd_bus_message* call) {
+    int id = 0;
+    int depth = 0;
+    sd_bus_message_read(call, "ii", &id, &depth);
+    const Names names = readNames(call);
+    const Item* parent = find(id);
+    if (parent == nullptr) return refuseItem(call, id);
+    const BusMessage reply = replyTo(call);
+    sd_bus_message* message = reply.get();
+    sd_bus_message_append(message, "u", revision_);
+    sd_bus_message_open_container(message, 'r', "ia{sv}av");
+    appendItem(message, *parent, names);
+    sd_bus_message_open_container(message, 'a', "v");
+    if (id == rootId && depth != 0)
         for (auto child = items_.begin() + 1; child != items_.end(); ++child)
-            layout.children.append({child->id, selected(child->properties, names), {}});
-    }
-    const QVariantList reply = {revision_, QVariant::fromValue(layout)};
-    sendReply(message, connection, message.createReply(reply));
+            appendLeaf(message, *child, names);
+    sd_bus_message_close_container(message);
+    sd_bus_message_close_container(message);
+    send(reply);
 }
 
-void DBusMenu::groupProperties(const QDBusMessage& message, const QDBusConnection& connection) {
-    const auto ids = argument<QList<int>>(message, 0);
-    const auto names = argument<QStringList>(message, 1);
+void DBusMenu::groupProperties(sd_bus_message* call) {
+    const std::vector<int> ids = readIds(call);
+    const Names names = readNames(call);
     const std::set<int> wanted(ids.begin(), ids.end());
-    QList<DBusMenuItem> found;
-    for (const DBusMenuItem& each : items_) {
-        if (wanted.empty() || wanted.contains(each.id))
-            found.append({each.id, selected(each.properties, names)});
+    const BusMessage reply = replyTo(call);
+    sd_bus_message_open_container(reply.get(), 'a', "(ia{sv})");
+    for (const Item& item : items_)
+        if (wanted.empty() || wanted.contains(item.id)) appendItemAlone(reply.get(), item, names);
+    sd_bus_message_close_container(reply.get());
+    send(reply);
+}
+
+void DBusMenu::property(sd_bus_message* call) {
+    int id = 0;
+    const char* name = "";
+    sd_bus_message_read(call, "is", &id, &name);
+    const Item* item = find(id);
+    if (item == nullptr) return refuseItem(call, id);
+    for (const Property& each : propertiesOf(*item)) {
+        if (each.name != std::string_view(name)) continue;
+        const BusMessage reply = replyTo(call);
+        appendValue(reply.get(), each);
+        return send(reply);
     }
-    sendReply(message, connection, message.createReply(QVariant::fromValue(found)));
+    sd_bus_reply_method_errorf(call, SD_BUS_ERROR_INVALID_ARGS, "The item has no such property");
 }
 
-void DBusMenu::property(const QDBusMessage& message, const QDBusConnection& connection) {
-    const int id = argument<int>(message, 0);
-    const DBusMenuItem* found = item(id);
-    if (found == nullptr) return sendReply(message, connection, unknownItem(message, id));
-    const QVariant value = found->properties.value(argument<QString>(message, 1));
-    const QDBusMessage reply =
-        value.isValid() ? message.createReply(QVariant::fromValue(QDBusVariant(value)))
-                        : message.createErrorReply(QDBusError::InvalidArgs,
-                                                   QStringLiteral("The item has no such property"));
-    sendReply(message, connection, reply);
+void DBusMenu::event(sd_bus_message* call) {
+    const Event event = readEvent(call);
+    if (find(event.id) == nullptr) return refuseItem(call, event.id);
+    sd_bus_reply_method_return(call, "");
+    take(event.id, event.name);
 }
 
-void DBusMenu::event(const QDBusMessage& message, const QDBusConnection& connection) {
-    const int id = argument<int>(message, 0);
-    if (item(id) == nullptr) return sendReply(message, connection, unknownItem(message, id));
-    sendReply(message, connection, message.createReply());
-    take(id, argument<QString>(message, 1));
-}
-
-void DBusMenu::eventGroup(const QDBusMessage& message, const QDBusConnection& connection) {
-    const auto events = argument<QList<DBusMenuEvent>>(message, 0);
-    QList<int> unknown;
-    for (const DBusMenuEvent& each : events)
-        if (item(each.id) == nullptr) unknown.append(each.id);
-    sendReply(message, connection, message.createReply(QVariant::fromValue(unknown)));
+void DBusMenu::eventGroup(sd_bus_message* call) {
+    const std::vector<Event> events = readEvents(call);
+    std::vector<int> unknown;
+    for (const Event& each : events)
+        if (find(each.id) == nullptr) unknown.push_back(each.id);
+    const BusMessage reply = replyTo(call);
+    appendIds(reply.get(), unknown);
+    send(reply);
     const QPointer<DBusMenu> self(this);
-    for (const DBusMenuEvent& each : events)
-        if (self && item(each.id) != nullptr) take(each.id, each.name);
+    for (const Event& each : events)
+        if (self && find(each.id) != nullptr) take(each.id, each.name);
 }
 
-void DBusMenu::aboutToShow(const QDBusMessage& message, const QDBusConnection& connection) {
-    const int id = argument<int>(message, 0);
-    if (item(id) == nullptr) return sendReply(message, connection, unknownItem(message, id));
-    const QPointer<DBusMenu> self(this);
-    const uint before = revision_;
-    if (id == rootId) {
-        isOpeningAnnounced_ = true;
-        emit opened();
-    }
-    if (self) sendReply(message, connection, message.createReply(revision_ != before));
+void DBusMenu::aboutToShow(sd_bus_message* call) {
+    int id = 0;
+    sd_bus_message_read(call, "i", &id);
+    if (find(id) == nullptr) return refuseItem(call, id);
+    const bool hasChanged = id == rootId && announceOpening();
+    sd_bus_reply_method_return(call, "b", int(hasChanged));
 }
 
-void DBusMenu::aboutToShowGroup(const QDBusMessage& message, const QDBusConnection& connection) {
-    const auto ids = argument<QList<int>>(message, 0);
-    QList<int> unknown;
+void DBusMenu::aboutToShowGroup(sd_bus_message* call) {
+    const std::vector<int> ids = readIds(call);
+    std::vector<int> unknown;
     for (const int id : ids)
-        if (item(id) == nullptr) unknown.append(id);
-    const QPointer<DBusMenu> self(this);
-    const uint before = revision_;
-    if (ids.contains(rootId)) {
-        isOpeningAnnounced_ = true;
-        emit opened();
-    }
-    if (!self) return;
-    const QList<int> changed = revision_ != before ? QList<int>{rootId} : QList<int>{};
-    sendReply(message, connection,
-              message.createReply({QVariant::fromValue(changed), QVariant::fromValue(unknown)}));
+        if (find(id) == nullptr) unknown.push_back(id);
+    const bool isRootAsked = std::find(ids.begin(), ids.end(), rootId) != ids.end();
+    const bool hasChanged = isRootAsked && announceOpening();
+    const BusMessage reply = replyTo(call);
+    appendIds(reply.get(), hasChanged ? std::vector<int>{rootId} : std::vector<int>{});
+    appendIds(reply.get(), unknown);
+    send(reply);
 }
 
-void DBusMenu::take(int id, const QString& event) {
-    if (event == u"clicked" && isCommand(id)) {
+bool DBusMenu::announceOpening() {
+    const QPointer<DBusMenu> self(this);
+    const std::uint32_t before = revision_;
+    isOpeningAnnounced_ = true;
+    emit opened();
+    return self && revision_ != before;
+}
+
+void DBusMenu::take(int id, std::string_view event) {
+    if (event == "clicked" && isCommand(id)) {
         emit commandChosen(id / kindCount);
-    } else if (event == u"opened" && id == rootId) {
+    } else if (event == "opened" && id == rootId) {
         if (!std::exchange(isOpeningAnnounced_, false)) emit opened();
-    } else if (event == u"closed" && id == rootId) {
+    } else if (event == "closed" && id == rootId) {
         isOpeningAnnounced_ = false;
     }
 }
 
-const DBusMenuItem* DBusMenu::item(int id) const {
+const Item* DBusMenu::find(int id) const {
     const auto found = std::find_if(items_.begin(), items_.end(),
-                                    [id](const DBusMenuItem& each) { return each.id == id; });
+                                    [id](const Item& each) { return each.id == id; });
     return found == items_.end() ? nullptr : &*found;
-}
-
-void DBusMenu::send(const char* signal, const QVariantList& arguments) const {
-    if (!connection_ || !connection_->isConnected()) return;
-    QDBusMessage message =
-        QDBusMessage::createSignal(objectPath(), interfaceName, QLatin1String(signal));
-    message.setArguments(arguments);
-    connection_->send(message);
 }
 
 }  // namespace brimwatch

@@ -5,32 +5,40 @@
 // thread.
 #pragma once
 
-#include <QDBusConnection>
-#include <QDBusVirtualObject>
-#include <QString>
+#include <QObject>
+#include <QPointer>
 #include <array>
+#include <cstdint>
 #include <optional>
+#include <string>
+#include <string_view>
 #include <vector>
 
-#include "platform/linux/dbus_menu_types.h"
+#include "platform/linux/event_loop_bus.h"
+#include "platform/linux/exported_object.h"
 #include "platform/status_item.h"
 
 namespace brimwatch {
 
-class DBusMenu final : public QDBusVirtualObject {
+class DBusMenu final : public QObject {
     Q_OBJECT
 
   public:
-    static QString objectPath() { return QStringLiteral("/MenuBar"); }
+    static constexpr const char* objectPath = "/MenuBar";
+
+    struct Item {
+        int id;
+        std::optional<StatusItem::MenuRow::Kind> kind;  // the root has none
+        std::string label;                              // in UTF-8, as the bus wants it
+
+        bool operator==(const Item&) const = default;
+    };
 
     DBusMenu();
 
-    // False where the connection is broken. What it was exported on before it has left.
-    bool exportOn(const QDBusConnection& connection);
+    // False where the connection is closed. What it was exported on before it has left.
+    bool exportOn(EventLoopBus& bus);
     void setRows(const std::vector<StatusItem::MenuRow>& rows);
-
-    QString introspect(const QString& path) const override;
-    bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override;
 
   signals:
     // Once at each opening, though panels may tell of it twice.
@@ -38,31 +46,30 @@ class DBusMenu final : public QDBusVirtualObject {
     void commandChosen(int id);
 
   private:
-    struct Method {
-        const char* name;
-        const char* signature;
-        void (DBusMenu::*answer)(const QDBusMessage& message, const QDBusConnection& connection);
-    };
-    static const std::array<Method, 7> methods;
+    using Items = std::vector<Item>;
 
-    void layout(const QDBusMessage& message, const QDBusConnection& connection);
-    void groupProperties(const QDBusMessage& message, const QDBusConnection& connection);
-    void property(const QDBusMessage& message, const QDBusConnection& connection);
-    void event(const QDBusMessage& message, const QDBusConnection& connection);
-    void eventGroup(const QDBusMessage& message, const QDBusConnection& connection);
-    void aboutToShow(const QDBusMessage& message, const QDBusConnection& connection);
-    void aboutToShowGroup(const QDBusMessage& message, const QDBusConnection& connection);
+    static const std::array<sd_bus_vtable, 16> table;
 
+    void layout(sd_bus_message* call);
+    void groupProperties(sd_bus_message* call);
+    void property(sd_bus_message* call);
+    void event(sd_bus_message* call);
+    void eventGroup(sd_bus_message* call);
+    void aboutToShow(sd_bus_message* call);
+    void aboutToShowGroup(sd_bus_message* call);
+
+    // Whether the layout changed by it. It may destroy the menu.
+    bool announceOpening();
     // The last thing that a call does: who hears of it may destroy the menu.
-    void take(int id, const QString& event);
-    const DBusMenuItem* item(int id) const;
-    void updateLabels(const std::vector<DBusMenuItem>& items);
-    void send(const char* signal, const QVariantList& arguments) const;
+    void take(int id, std::string_view event);
+    const Item* find(int id) const;
+    void updateLabels(const Items& items);
 
-    std::optional<QDBusConnection> connection_;
-    std::vector<DBusMenuItem> items_;  // the root first
-    uint revision_ = 1;
+    QPointer<EventLoopBus> bus_;
+    Items items_;  // the root first
+    std::uint32_t revision_ = 1;
     bool isOpeningAnnounced_ = false;
+    ExportedObject object_;
 };
 
 }  // namespace brimwatch

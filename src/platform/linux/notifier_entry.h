@@ -5,7 +5,7 @@
 #include <QString>
 
 #include "platform/linux/dbus_menu.h"
-#include "platform/linux/own_bus.h"
+#include "platform/linux/event_loop_bus.h"
 #include "platform/linux/panel_content.h"
 #include "platform/linux/status_notifier_item.h"
 
@@ -13,19 +13,21 @@ namespace brimwatch {
 
 struct NotifierEntry {
     NotifierEntry(const QString& address, const QString& id)
-        : connection(address), item(id, DBusMenu::objectPath()) {}
-
-    // Before it is registered: some panels read it at once.
-    bool exportAll() { return menu.exportOn(*connection) && item.exportOn(*connection); }
+        : connection(address), item(id, DBusMenu::objectPath) {
+        // Before it is registered: some panels read it at once.
+        menu.exportOn(connection);
+        item.exportOn(connection);
+    }
 
     void setRows(const PanelContent& content) {
         menu.setRows(content.rows);
         item.setDescription(content.description().toHtmlEscaped());
     }
 
-    OwnBus connection;
+    EventLoopBus connection;
     DBusMenu menu;
     StatusNotifierItem item;
+    bool isRegistered = false;
 };
 
 }  // namespace brimwatch

@@ -99,27 +99,26 @@ void NotifierPanel::updateRows() {
 
 void NotifierPanel::updateNumber() {
     if (presence() != Presence::present || !watcher_->hosts()) return;
-    const bool isNumberFirst = traits().newItem == PanelTraits::NewItem::onTheLeft;
-    if (isNumberFirst) updateNumberItem();
-    const bool isRingNew = !ring_;
-    if (isRingNew) ring_ = newEntry(ringId);
+    if (!ring_) ring_ = newEntry(ringId);
     ring_->item.setTitle(content_.title());
     ring_->item.setLabel(content_.number);
     updatePicture();
-    if (isRingNew) registerEntry(*ring_);
-    if (!isNumberFirst) updateNumberItem();
+    updateNumberItem();
+    registerEntries();
 }
 
 void NotifierPanel::updateNumberItem() {
     if (!isNumberItemWanted()) return number_.reset();
-    const bool isNew = !number_;
-    if (isNew) number_ = newEntry(numberId);
+    if (!number_) number_ = newEntry(numberId);
     number_->item.setTitle(content_.title());
     number_->item.setPicture(numberSquare(content_.number, content_.look));
     const bool isSeen = !content_.number.isEmpty() || acquaintance_.isActive();
     number_->item.setStatus(isSeen ? StatusNotifierItem::Status::active
                                    : StatusNotifierItem::Status::passive);
-    if (isNew) registerEntry(*number_);
+}
+
+bool NotifierPanel::isNumberFirst() const {
+    return traits().newItem == PanelTraits::NewItem::onTheLeft;
 }
 
 // Xfce remembers for ever in which order it first showed two items, and shows no passive ones: so
@@ -128,20 +127,33 @@ void NotifierPanel::updateNumberItem() {
 bool NotifierPanel::isNumberItemWanted() const {
     const PanelTraits panel = traits();
     return panel.numberPlace == PanelTraits::NumberPlace::ownItem &&
-           (panel.newItem == PanelTraits::NewItem::onTheLeft || !content_.number.isEmpty());
+           (isNumberFirst() || !content_.number.isEmpty());
 }
 
-std::unique_ptr<NotifierEntry> NotifierPanel::newEntry(const char* id) const {
+std::unique_ptr<NotifierEntry> NotifierPanel::newEntry(const char* id) {
     auto entry = std::make_unique<NotifierEntry>(bus_.address(), id);
     entry->setRows(content_);
+    connect(&entry->connection, &EventLoopBus::opened, this, &NotifierPanel::registerEntries);
     connect(&entry->item, &StatusNotifierItem::activated, this, &NotifierPanel::activated);
     connect(&entry->menu, &DBusMenu::opened, this, &NotifierPanel::menuOpened);
     connect(&entry->menu, &DBusMenu::commandChosen, this, &NotifierPanel::commandChosen);
     return entry;
 }
 
-void NotifierPanel::registerEntry(NotifierEntry& entry) const {
-    if (entry.exportAll()) watcher_->registerItem(entry.connection->baseService());
+// Panels show items in the order in which they learn of them, so the second waits for the first.
+void NotifierPanel::registerEntries() {
+    NotifierEntry* const first = isNumberFirst() ? number_.get() : ring_.get();
+    NotifierEntry* const second = isNumberFirst() ? ring_.get() : number_.get();
+    if (first != nullptr && !registerEntry(*first)) return;
+    if (second != nullptr) registerEntry(*second);
+}
+
+bool NotifierPanel::registerEntry(NotifierEntry& entry) const {
+    if (entry.isRegistered) return true;
+    if (!entry.connection.isOpen()) return false;
+    watcher_->registerItem(entry.connection.name());
+    entry.isRegistered = true;
+    return true;
 }
 
 }  // namespace brimwatch

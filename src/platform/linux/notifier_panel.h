@@ -60,8 +60,10 @@ class NotifierPanel final : public QObject {
     void noteHosts();
     void updateNumberItem();
     bool isNumberItemWanted() const;
-    std::unique_ptr<NotifierEntry> newEntry(const char* id) const;
-    void registerEntry(NotifierEntry& entry) const;
+    bool isNumberFirst() const;
+    std::unique_ptr<NotifierEntry> newEntry(const char* id);
+    void registerEntries();
+    bool registerEntry(NotifierEntry& entry) const;
 
     const QString desktops_;
     const PanelContent& content_;

@@ -4,13 +4,15 @@
 // there before. Nothing here waits for an answer. Main thread.
 #pragma once
 
-#include <QDBusConnection>
-#include <QDBusServiceWatcher>
-#include <QDBusVariant>
 #include <QObject>
 #include <QString>
 #include <QStringList>
+#include <cstdint>
 #include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/linux/event_loop_bus.h"
 
 namespace brimwatch {
 
@@ -20,7 +22,8 @@ class NotifierWatcher final : public QObject {
   public:
     enum class Presence { unknown, absent, present };
 
-    explicit NotifierWatcher(const QDBusConnection& connection);
+    // The bus is open, and outlives it.
+    explicit NotifierWatcher(EventLoopBus& bus);
 
     Presence presence() const { return presence_; }
     // False where it is known that no panel shows the items.
@@ -29,7 +32,7 @@ class NotifierWatcher final : public QObject {
     // has answered.
     const std::optional<QStringList>& hosts() const { return hosts_; }
     // The one at the usual path of that service. Items come in the order of the calls.
-    void registerItem(const QString& service) const;
+    void registerItem(const std::string& service) const;
 
   signals:
     // It is there, and it may be another one than before.
@@ -38,27 +41,26 @@ class NotifierWatcher final : public QObject {
     void hostsChanged();
 
   private:
-    Q_SLOT void noteOwner(const QString& name, const QString& former, const QString& owner);
-    Q_SLOT void noteFirstOwner(const QString& owner);
-    Q_SLOT void noteNoOwner();
-    Q_SLOT void askForHosts();
-    Q_SLOT void noteHasHost(const QDBusVariant& hasHost);
-    Q_SLOT void noteNames(const QStringList& names);
-    Q_SLOT void noteProcess(uint process);
-    Q_SLOT void noteNoProcess();
-    Q_SLOT void ignoreError() {}
+    static int noteOwnerChange(sd_bus_message* signal, void* watcher, sd_bus_error* error);
+    static int noteHostChange(sd_bus_message* signal, void* watcher, sd_bus_error* error);
 
-    void setOwner(const QString& owner);
-    void askBus(const QString& method, const QVariantList& arguments, const char* answer,
-                const char* failure = SLOT(ignoreError()));
+    void listen(const char* rule, sd_bus_message_handler_t hear);
+    void askForOwner();
+    void askForHosts();
+    void askWhetherThereIsAHost();
+    void askForNames();
+    void noteNames(const std::vector<std::string>& names);
+    void askForProcess(const std::string& owner);
+    void setOwner(bool isThere);
+    void noteProgram(const QString& program);
 
-    QDBusConnection connection_;
-    QDBusServiceWatcher owners_;
+    EventLoopBus& bus_;
+    std::vector<BusSlot> subscriptions_;
     Presence presence_ = Presence::unknown;
     bool hasHost_ = true;
     std::optional<QStringList> hosts_;
     QStringList foundHosts_;
-    qsizetype missingHosts_ = 0;  // of those asked for last, without an answer yet
+    std::size_t missingHosts_ = 0;  // of those asked for last, without an answer yet
 };
 
 }  // namespace brimwatch

@@ -1,117 +1,124 @@
 #include "platform/linux/status_notifier_item.h"
 
-#include <QDBusMessage>
-#include <QDBusObjectPath>
 #include <utility>
-
-#include "platform/linux/dbus_properties.h"
 
 namespace brimwatch {
 
 namespace {
 
-constexpr QLatin1String interfaceName("org.kde.StatusNotifierItem");
+constexpr const char* interfaceName = "org.kde.StatusNotifierItem";
 
-constexpr const char* introspection = R"xml(<interface name="org.kde.StatusNotifierItem">
-  <property name="Category" type="s" access="read"/>
-  <property name="Id" type="s" access="read"/>
-  <property name="Title" type="s" access="read"/>
-  <property name="Status" type="s" access="read"/>
-  <property name="WindowId" type="i" access="read"/>
-  <property name="IconThemePath" type="s" access="read"/>
-  <property name="IconName" type="s" access="read"/>
-  <property name="IconPixmap" type="a(iiay)" access="read"/>
-  <property name="IconAccessibleDesc" type="s" access="read"/>
-  <property name="OverlayIconName" type="s" access="read"/>
-  <property name="OverlayIconPixmap" type="a(iiay)" access="read"/>
-  <property name="AttentionIconName" type="s" access="read"/>
-  <property name="AttentionIconPixmap" type="a(iiay)" access="read"/>
-  <property name="AttentionMovieName" type="s" access="read"/>
-  <property name="ToolTip" type="(sa(iiay)ss)" access="read"/>
-  <property name="ItemIsMenu" type="b" access="read"/>
-  <property name="Menu" type="o" access="read"/>
-  <property name="XAyatanaLabel" type="s" access="read"/>
-  <property name="XAyatanaLabelGuide" type="s" access="read"/>
-  <property name="XAyatanaOrderingIndex" type="u" access="read"/>
-  <method name="Activate">
-    <arg name="x" type="i" direction="in"/>
-    <arg name="y" type="i" direction="in"/>
-  </method>
-  <method name="SecondaryActivate">
-    <arg name="x" type="i" direction="in"/>
-    <arg name="y" type="i" direction="in"/>
-  </method>
-  <method name="XAyatanaSecondaryActivate">
-    <arg name="timestamp" type="u" direction="in"/>
-  </method>
-  <method name="ContextMenu">
-    <arg name="x" type="i" direction="in"/>
-    <arg name="y" type="i" direction="in"/>
-  </method>
-  <method name="Scroll">
-    <arg name="delta" type="i" direction="in"/>
-    <arg name="orientation" type="s" direction="in"/>
-  </method>
-  <method name="ProvideXdgActivationToken">
-    <arg name="token" type="s" direction="in"/>
-  </method>
-  <signal name="NewTitle"/>
-  <signal name="NewIcon"/>
-  <signal name="NewToolTip"/>
-  <signal name="NewStatus">
-    <arg name="status" type="s"/>
-  </signal>
-  <signal name="XAyatanaNewLabel">
-    <arg name="label" type="s"/>
-    <arg name="guide" type="s"/>
-  </signal>
-</interface>
-)xml";
+// Whether the next text differed.
+bool replaceText(std::string& text, const QString& next) {
+    std::string bytes = next.toStdString();
+    if (text == bytes) return false;
+    text = std::move(bytes);
+    return true;
+}
 
-QString statusName(StatusNotifierItem::Status status) {
-    return status == StatusNotifierItem::Status::active ? QStringLiteral("Active")
-                                                        : QStringLiteral("Passive");
+void append(sd_bus_message* message, const char* text) {
+    sd_bus_message_append_basic(message, 's', text);
+}
+
+void appendPixmap(sd_bus_message* message, const NotifierPixmap& pixmap) {
+    sd_bus_message_open_container(message, 'r', "iiay");
+    sd_bus_message_append(message, "ii", pixmap.width, pixmap.height);
+    sd_bus_message_append_array(message, 'y', pixmap.bytes.constData(),
+                                static_cast<std::size_t>(pixmap.bytes.size()));
+    sd_bus_message_close_container(message);
+}
+
+void ignore(sd_bus_message* call) {
+    sd_bus_reply_method_return(call, "");
+}
+
+void readCategory(sd_bus_message* reply) {
+    append(reply, "ApplicationStatus");
+}
+
+void readNoText(sd_bus_message* reply) {
+    append(reply, "");
+}
+
+void readNoWindow(sd_bus_message* reply) {
+    sd_bus_message_append(reply, "i", 0);
+}
+
+void readNoOrder(sd_bus_message* reply) {
+    sd_bus_message_append(reply, "u", 0U);
+}
+
+void readNo(sd_bus_message* reply) {
+    sd_bus_message_append(reply, "b", 0);
+}
+
+void readNoPixmaps(sd_bus_message* reply) {
+    sd_bus_message_append(reply, "a(iiay)", 0);
 }
 
 }  // namespace
 
-const std::array<StatusNotifierItem::Method, 6> StatusNotifierItem::methods = {{
-    {"Activate", "ii", &StatusNotifierItem::activate},
+using Item = StatusNotifierItem;
+
+const std::array<sd_bus_vtable, 33> StatusNotifierItem::table = {
+    startOfTable(),
+    propertyEntry<&readCategory>("Category", "s"),
+    propertyEntry<&Item::readId>("Id", "s"),
+    propertyEntry<&Item::readTitle>("Title", "s"),
+    propertyEntry<&Item::readStatus>("Status", "s"),
+    propertyEntry<&readNoWindow>("WindowId", "i"),
+    propertyEntry<&readNoText>("IconThemePath", "s"),
+    // A name would win over the pixmap.
+    propertyEntry<&readNoText>("IconName", "s"),
+    propertyEntry<&Item::readPixmaps>("IconPixmap", "a(iiay)"),
+    propertyEntry<&Item::readTitle>("IconAccessibleDesc", "s"),
+    propertyEntry<&readNoText>("OverlayIconName", "s"),
+    propertyEntry<&readNoPixmaps>("OverlayIconPixmap", "a(iiay)"),
+    propertyEntry<&readNoText>("AttentionIconName", "s"),
+    propertyEntry<&readNoPixmaps>("AttentionIconPixmap", "a(iiay)"),
+    propertyEntry<&readNoText>("AttentionMovieName", "s"),
+    propertyEntry<&Item::readToolTip>("ToolTip", "(sa(iiay)ss)"),
+    propertyEntry<&readNo>("ItemIsMenu", "b"),
+    propertyEntry<&Item::readMenu>("Menu", "o"),
+    propertyEntry<&Item::readLabel>("XAyatanaLabel", "s"),
+    propertyEntry<&Item::readLabelGuide>("XAyatanaLabelGuide", "s"),
+    propertyEntry<&readNoOrder>("XAyatanaOrderingIndex", "u"),
+    methodEntry<&Item::activate>("Activate", "ii", "", SD_BUS_PARAM(x) SD_BUS_PARAM(y)),
     // Only panels that draw no menu ask for one. What a click opens has the same commands.
-    {"ContextMenu", "ii", &StatusNotifierItem::activate},
-    {"SecondaryActivate", "ii", &StatusNotifierItem::ignore},
-    {"XAyatanaSecondaryActivate", "u", &StatusNotifierItem::ignore},
-    {"Scroll", "is", &StatusNotifierItem::ignore},
-    {"ProvideXdgActivationToken", "s", &StatusNotifierItem::keepToken},
-}};
+    methodEntry<&Item::activate>("ContextMenu", "ii", "", SD_BUS_PARAM(x) SD_BUS_PARAM(y)),
+    methodEntry<&ignore>("SecondaryActivate", "ii", "", SD_BUS_PARAM(x) SD_BUS_PARAM(y)),
+    methodEntry<&ignore>("XAyatanaSecondaryActivate", "u", "", SD_BUS_PARAM(timestamp)),
+    methodEntry<&ignore>("Scroll", "is", "", SD_BUS_PARAM(delta) SD_BUS_PARAM(orientation)),
+    methodEntry<&Item::keepToken>("ProvideXdgActivationToken", "s", "", SD_BUS_PARAM(token)),
+    signalEntry("NewTitle", ""),
+    signalEntry("NewIcon", ""),
+    signalEntry("NewToolTip", ""),
+    signalEntry("NewStatus", "s", SD_BUS_PARAM(status)),
+    signalEntry("XAyatanaNewLabel", "ss", SD_BUS_PARAM(label) SD_BUS_PARAM(guide)),
+    endOfTable(),
+};
 
-StatusNotifierItem::StatusNotifierItem(QString id, QString menuPath)
-    : id_(std::move(id)), menuPath_(std::move(menuPath)) {
-    registerNotifierTypes();
-}
+StatusNotifierItem::StatusNotifierItem(const QString& id, const char* menuPath)
+    : id_(id.toStdString()), menuPath_(menuPath) {}
 
-bool StatusNotifierItem::exportOn(const QDBusConnection& connection) {
-    connection_ = connection;
-    return connection_->registerVirtualObject(objectPath(), this);
+bool StatusNotifierItem::exportOn(EventLoopBus& bus) {
+    bus_ = &bus;
+    object_ = ExportedObject(bus, objectPath, interfaceName, table.data(), this);
+    return bool(object_);
 }
 
 void StatusNotifierItem::setTitle(const QString& title) {
-    if (title_ == title) return;
-    title_ = title;
+    if (!replaceText(title_, title)) return;
     send("NewTitle");
     send("NewToolTip");
 }
 
 void StatusNotifierItem::setLabel(const QString& label) {
-    if (label_ == label) return;
-    label_ = label;
-    send("XAyatanaNewLabel", {label_, labelGuide()});
+    if (replaceText(label_, label)) send("XAyatanaNewLabel", {label_.c_str(), labelGuide()});
 }
 
 void StatusNotifierItem::setDescription(const QString& description) {
-    if (description_ == description) return;
-    description_ = description;
-    send("NewToolTip");
+    if (replaceText(description_, description)) send("NewToolTip");
 }
 
 void StatusNotifierItem::setPicture(const QImage& picture) {
@@ -124,84 +131,79 @@ void StatusNotifierItem::setPicture(const QImage& picture) {
 void StatusNotifierItem::setStatus(Status status) {
     if (status_ == status) return;
     status_ = status;
-    send("NewStatus", {statusName(status_)});
+    send("NewStatus", {statusName()});
 }
 
-QString StatusNotifierItem::introspect(const QString& path) const {
-    return path == objectPath() ? QString::fromLatin1(introspection) : QString();
-}
-
-bool StatusNotifierItem::handleMessage(const QDBusMessage& message,
-                                       const QDBusConnection& connection) {
-    if (isPropertiesCall(message)) {
-        sendReply(message, connection, propertiesReply(message, interfaceName, properties()));
-        return true;
-    }
-    if (!message.interface().isEmpty() && message.interface() != interfaceName) return false;
-    for (const Method& method : methods) {
-        if (message.member() != QLatin1String(method.name)) continue;
-        const bool fits = message.signature() == QLatin1String(method.signature);
-        sendReply(message, connection, fits ? message.createReply() : wrongArguments(message));
-        // Last: who hears of it may destroy the item.
-        if (fits) (this->*method.run)(message.arguments());
-        return true;
-    }
-    // Without an interface it may be one of those that Qt answers.
-    if (message.interface().isEmpty()) return false;
-    sendReply(message, connection, unknownMethod(message));
-    return true;
-}
-
-void StatusNotifierItem::activate(const QVariantList& arguments) {
-    const QPoint position(arguments.at(0).toInt(), arguments.at(1).toInt());
+// Who hears of it may destroy the item, so the reply goes first.
+void StatusNotifierItem::activate(sd_bus_message* call) {
+    int x = 0;
+    int y = 0;
+    sd_bus_message_read(call, "ii", &x, &y);
+    sd_bus_reply_method_return(call, "");
     const QString token = std::exchange(activationToken_, QString());
-    emit activated(position, token);
+    emit activated(QPoint(x, y), token);
 }
 
-void StatusNotifierItem::keepToken(const QVariantList& arguments) {
-    activationToken_ = arguments.constFirst().toString();
+void StatusNotifierItem::keepToken(sd_bus_message* call) {
+    const char* token = "";
+    sd_bus_message_read(call, "s", &token);
+    activationToken_ = QString::fromUtf8(token);
+    sd_bus_reply_method_return(call, "");
 }
 
-QVariantMap StatusNotifierItem::properties() const {
-    const QVariant noPixmaps = QVariant::fromValue(NotifierPixmaps());
-    const QVariant pixmaps =
-        QVariant::fromValue(pixmap_.bytes.isEmpty() ? NotifierPixmaps() : NotifierPixmaps{pixmap_});
-    const NotifierToolTip toolTip{{}, {}, title_, description_};
-    return {
-        {"Category", "ApplicationStatus"},
-        {"Id", id_},
-        {"Title", title_},
-        {"Status", statusName(status_)},
-        {"WindowId", 0},
-        {"IconThemePath", ""},
-        // A name would win over the pixmap.
-        {"IconName", ""},
-        {"IconPixmap", pixmaps},
-        {"IconAccessibleDesc", title_},
-        {"OverlayIconName", ""},
-        {"OverlayIconPixmap", noPixmaps},
-        {"AttentionIconName", ""},
-        {"AttentionIconPixmap", noPixmaps},
-        {"AttentionMovieName", ""},
-        {"ToolTip", QVariant::fromValue(toolTip)},
-        {"ItemIsMenu", false},
-        {"Menu", QVariant::fromValue(QDBusObjectPath(menuPath_))},
-        {"XAyatanaLabel", label_},
-        {"XAyatanaLabelGuide", labelGuide()},
-        {"XAyatanaOrderingIndex", 0U},
-    };
+void StatusNotifierItem::readId(sd_bus_message* reply) const {
+    append(reply, id_.c_str());
 }
 
-QString StatusNotifierItem::labelGuide() const {
-    return label_.isEmpty() ? QString() : QStringLiteral("100%");
+void StatusNotifierItem::readTitle(sd_bus_message* reply) const {
+    append(reply, title_.c_str());
 }
 
-void StatusNotifierItem::send(const char* signal, const QVariantList& arguments) const {
-    if (!connection_ || !connection_->isConnected()) return;
-    QDBusMessage message =
-        QDBusMessage::createSignal(objectPath(), interfaceName, QLatin1String(signal));
-    message.setArguments(arguments);
-    connection_->send(message);
+void StatusNotifierItem::readStatus(sd_bus_message* reply) const {
+    append(reply, statusName());
+}
+
+void StatusNotifierItem::readPixmaps(sd_bus_message* reply) const {
+    sd_bus_message_open_container(reply, 'a', "(iiay)");
+    if (!pixmap_.bytes.isEmpty()) appendPixmap(reply, pixmap_);
+    sd_bus_message_close_container(reply);
+}
+
+void StatusNotifierItem::readToolTip(sd_bus_message* reply) const {
+    sd_bus_message_append(reply, "(sa(iiay)ss)", "", 0, title_.c_str(), description_.c_str());
+}
+
+void StatusNotifierItem::readMenu(sd_bus_message* reply) const {
+    sd_bus_message_append(reply, "o", menuPath_);
+}
+
+void StatusNotifierItem::readLabel(sd_bus_message* reply) const {
+    append(reply, label_.c_str());
+}
+
+void StatusNotifierItem::readLabelGuide(sd_bus_message* reply) const {
+    append(reply, labelGuide());
+}
+
+const char* StatusNotifierItem::statusName() const {
+    return status_ == Status::active ? "Active" : "Passive";
+}
+
+const char* StatusNotifierItem::labelGuide() const {
+    return label_.empty() ? "" : "100%";
+}
+
+void StatusNotifierItem::send(const char* signal) const {
+    send(signal, {});
+}
+
+void StatusNotifierItem::send(const char* signal, std::initializer_list<const char*> texts) const {
+    if (!bus_) return;
+    const BusMessage message = bus_->newSignal(objectPath, interfaceName, signal);
+    if (!message) return;
+    for (const char* text : texts)
+        append(message.get(), text);
+    bus_->send(message);
 }
 
 }  // namespace brimwatch

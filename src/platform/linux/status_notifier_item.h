@@ -5,19 +5,22 @@
 // would cost them, and us, a copy more with every frame. Main thread.
 #pragma once
 
-#include <QDBusConnection>
-#include <QDBusVirtualObject>
 #include <QImage>
+#include <QObject>
 #include <QPoint>
+#include <QPointer>
 #include <QString>
 #include <array>
-#include <optional>
+#include <initializer_list>
+#include <string>
 
+#include "platform/linux/event_loop_bus.h"
+#include "platform/linux/exported_object.h"
 #include "platform/linux/notifier_pixmap.h"
 
 namespace brimwatch {
 
-class StatusNotifierItem final : public QDBusVirtualObject {
+class StatusNotifierItem final : public QObject {
     Q_OBJECT
 
   public:
@@ -25,13 +28,13 @@ class StatusNotifierItem final : public QDBusVirtualObject {
     enum class Status { active, passive };
 
     // Where watchers look for it if they are told nothing else.
-    static QString objectPath() { return QStringLiteral("/StatusNotifierItem"); }
+    static constexpr const char* objectPath = "/StatusNotifierItem";
 
     // The id is the same in every run and no other item's. The menu lies on the same connection.
-    StatusNotifierItem(QString id, QString menuPath);
+    StatusNotifierItem(const QString& id, const char* menuPath);
 
-    // False where the connection is broken. What it was exported on before it has left.
-    bool exportOn(const QDBusConnection& connection);
+    // False where the connection is closed. What it was exported on before it has left.
+    bool exportOn(EventLoopBus& bus);
 
     // What it is called, in lists and to who can't see it.
     void setTitle(const QString& title);
@@ -42,39 +45,41 @@ class StatusNotifierItem final : public QDBusVirtualObject {
     void setPicture(const QImage& picture);
     void setStatus(Status status);
 
-    QString introspect(const QString& path) const override;
-    bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override;
-
   signals:
     // With the place that the panel gave, whatever it means there.
     void activated(QPoint position, const QString& activationToken);
 
   private:
-    struct Method {
-        const char* name;
-        const char* signature;
-        void (StatusNotifierItem::*run)(const QVariantList& arguments);
-    };
-    static const std::array<Method, 6> methods;
+    static const std::array<sd_bus_vtable, 33> table;
 
-    void activate(const QVariantList& arguments);
-    void keepToken(const QVariantList& arguments);
-    void ignore(const QVariantList& /*arguments*/) {}
+    void activate(sd_bus_message* call);
+    void keepToken(sd_bus_message* call);
 
-    QVariantMap properties() const;
-    QString labelGuide() const;
-    void send(const char* signal, const QVariantList& arguments = {}) const;
+    void readId(sd_bus_message* reply) const;
+    void readTitle(sd_bus_message* reply) const;
+    void readStatus(sd_bus_message* reply) const;
+    void readPixmaps(sd_bus_message* reply) const;
+    void readToolTip(sd_bus_message* reply) const;
+    void readMenu(sd_bus_message* reply) const;
+    void readLabel(sd_bus_message* reply) const;
+    void readLabelGuide(sd_bus_message* reply) const;
 
-    const QString id_;
-    const QString menuPath_;
-    std::optional<QDBusConnection> connection_;
-    QString title_;
-    QString label_;
-    QString description_;
-    Status status_ = Status::active;
+    const char* statusName() const;
+    const char* labelGuide() const;
+    void send(const char* signal) const;
+    void send(const char* signal, std::initializer_list<const char*> texts) const;
+
+    std::string id_;
+    const char* menuPath_;
+    std::string title_;
+    std::string label_;
+    std::string description_;
     NotifierPixmap pixmap_;
     NotifierPixmap nextPixmap_;
+    Status status_ = Status::active;
     QString activationToken_;
+    QPointer<EventLoopBus> bus_;
+    ExportedObject object_;
 };
 
 }  // namespace brimwatch

@@ -3,9 +3,9 @@
 // False until the settings have answered, and where they don't. Main thread.
 #pragma once
 
-#include <QDBusConnection>
-#include <QDBusVariant>
 #include <QObject>
+
+#include "platform/linux/event_loop_bus.h"
 
 namespace brimwatch {
 
@@ -13,7 +13,8 @@ class XfcePanelShade final : public QObject {
     Q_OBJECT
 
   public:
-    explicit XfcePanelShade(QDBusConnection connection);
+    // The bus is open, and outlives it.
+    explicit XfcePanelShade(EventLoopBus& bus);
 
     bool isDark() const { return isDark_; }
 
@@ -21,10 +22,10 @@ class XfcePanelShade final : public QObject {
     void changed();
 
   private:
-    Q_SLOT void noteSetting(const QDBusVariant& value);
-    Q_SLOT void noteChange(const QString& channel, const QString& name, const QDBusVariant& value);
-    Q_SLOT void ignoreError() {}
+    static int hearChange(sd_bus_message* signal, void* shade, sd_bus_error* error);
+    void noteSetting(sd_bus_message* message);
 
+    BusSlot subscription_;
     bool isDark_ = false;
 };
 

@@ -2,6 +2,7 @@
 
 #include <limits>
 
+#include "platform/linux/dbus_menu_types.h"
 #include "platform/linux/panel_fixture.h"
 
 namespace brimwatch {
@@ -22,6 +23,7 @@ class DBusMenuTest : public test::PanelTest {
         PanelTest::SetUp();
         startPanel();
         connection_.emplace(busAddress());
+        ASSERT_TRUE(test::eventuallyInLoop([this] { return connection_->isOpen(); }));
         menu_ = std::make_unique<DBusMenu>();
         QObject::connect(menu_.get(), &DBusMenu::opened, menu_.get(), [this] {
             ++openings_;
@@ -29,8 +31,8 @@ class DBusMenuTest : public test::PanelTest {
         });
         QObject::connect(menu_.get(), &DBusMenu::commandChosen, menu_.get(),
                          [this](int id) { chosen_.push_back(id); });
-        ASSERT_TRUE(menu_->exportOn(**connection_));
-        service_ = (*connection_)->baseService();
+        ASSERT_TRUE(menu_->exportOn(*connection_));
+        service_ = QString::fromStdString(connection_->name());
         signals_ = std::make_unique<test::SignalLog>(panel_->connection(), service_);
         menu_->setRows(rows);
         layout();
@@ -60,10 +62,11 @@ class DBusMenuTest : public test::PanelTest {
     }
     int count(const QString& signal) {
         layout();
+        QCoreApplication::processEvents();
         return signals_->count(signal);
     }
 
-    std::optional<test::OwnConnection> connection_;
+    std::optional<EventLoopBus> connection_;
     std::unique_ptr<DBusMenu> menu_;
     std::unique_ptr<test::SignalLog> signals_;
     std::function<void()> whenOpened_;

@@ -9,6 +9,8 @@
 #include <filesystem>
 
 #include "harness/environment_list.h"
+#include "platform/linux/dbus_menu_types.h"
+#include "platform/linux/notifier_types.h"
 
 namespace brimwatch::test {
 
@@ -134,6 +136,8 @@ QDBusMessage FakePanel::callItem(const QString& service, const QString& method,
 
 void PanelTest::SetUp() {
     application_ = std::make_unique<QApplication>(argumentCount_, arguments_);
+    registerDBusMenuTypes();
+    registerNotifierTypes();
     startBus();
 }
 

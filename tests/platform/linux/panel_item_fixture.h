@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "harness/environment_list.h"
-#include "platform/linux/notifier_pixmap.h"
+#include "platform/linux/notifier_types.h"
 #include "platform/linux/panel_fixture.h"
 #include "platform/linux/panel_item.h"
 
