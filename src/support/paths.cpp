@@ -163,4 +163,10 @@ std::optional<std::string> stateFolder(const Environment& environment, FileSyste
     return below(baseFolder(state, environment, files, userId), "brimwatch");
 }
 
+std::optional<std::string> dataFolder(const Environment& environment, FileSystem& files,
+                                      std::uint32_t userId) {
+    const BaseFolder data = {.variable = "XDG_DATA_HOME", .belowHome = ".local/share"};
+    return below(baseFolder(data, environment, files, userId), "brimwatch");
+}
+
 }  // namespace brimwatch

@@ -58,4 +58,9 @@ std::optional<std::string> settingsFile(const Environment& environment, FileSyst
 std::optional<std::string> stateFolder(const Environment& environment, FileSystem& files,
                                        std::uint32_t userId);
 
+// Where lies what belongs to the user and nobody can make again: `$XDG_DATA_HOME/brimwatch`, with
+// `~/.local/share` where the variable is unset or relative. It does not follow `BRIMWATCH_HOME`.
+std::optional<std::string> dataFolder(const Environment& environment, FileSystem& files,
+                                      std::uint32_t userId);
+
 }  // namespace brimwatch

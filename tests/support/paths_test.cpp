@@ -24,6 +24,7 @@ using HomeFolder = PathsOnDisk;
 using ConfigFolder = PathsOnDisk;
 using SettingsFile = PathsOnDisk;
 using StateFolder = PathsOnDisk;
+using DataFolder = PathsOnDisk;
 
 TEST(Paths, JoinsWithOneSlash) {
     EXPECT_EQ(joinPath("/a", "b"), "/a/b");
@@ -154,6 +155,19 @@ TEST_F(StateFolder, FallsBackToTheRealHomeForAnUnsetOrRelativeFolder) {
         const test::EnvironmentList environment = {
             {"XDG_STATE_HOME", value}, {"HOME", "/h"}, {"BRIMWATCH_HOME", "/moved"}};
         EXPECT_EQ(stateFolder(environment.view(), files_, rootUser), "/h/.local/state/brimwatch");
+    }
+}
+
+TEST_F(DataFolder, LiesInTheFolderForData) {
+    const test::EnvironmentList set = {{"XDG_DATA_HOME", "/d"}, {"HOME", "/h"}};
+    EXPECT_EQ(dataFolder(set.view(), files_, rootUser), "/d/brimwatch");
+}
+
+TEST_F(DataFolder, FallsBackToTheRealHomeForAnUnsetOrRelativeFolder) {
+    for (const char* value : {"", "relative"}) {
+        const test::EnvironmentList environment = {
+            {"XDG_DATA_HOME", value}, {"HOME", "/h"}, {"BRIMWATCH_HOME", "/moved"}};
+        EXPECT_EQ(dataFolder(environment.view(), files_, rootUser), "/h/.local/share/brimwatch");
     }
 }
 
