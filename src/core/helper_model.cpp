@@ -6,6 +6,7 @@
 
 #include "core/card_order.h"
 #include "platform/spawn.h"
+#include "publish/publishers/publication_failure.h"
 #include "support/path_text.h"
 #include "support/paths.h"
 
@@ -46,6 +47,7 @@ HelperModel::HelperModel(Surroundings surroundings)
                                                   surroundings_.commandEnvironment);
     }
     readSettings();
+    makeAbsentPublishers();
     readAutoConnect();
     refresh();
     if (usesSystemServices()) startServices();
@@ -71,6 +73,21 @@ void HelperModel::readSettings() {
         defaults.integer(settings_key::recentUsagePeriod).value_or(0));
     appTheme_ =
         appThemeFromRawString(defaults.string(settings_key::appTheme).value_or(std::string()));
+}
+
+void HelperModel::makeAbsentPublishers() {
+    const auto now = surroundings_.now;
+    if (!surroundings_.cloud) {
+        surroundings_.cloud = std::make_unique<CloudPublisher>(CloudPublisher::Surroundings{
+            .defaults = &surroundings_.defaults, .now = now, .sleep = surroundings_.sleep});
+    }
+    if (!surroundings_.phone) {
+        surroundings_.phone = std::make_unique<PhoneLinkPublisher>(
+            PhoneLinkPublisher::Surroundings{.store = std::make_unique<MemoryPhoneKeyStore>(),
+                                             .defaults = &surroundings_.defaults,
+                                             .now = now,
+                                             .sleep = surroundings_.sleep});
+    }
 }
 
 void HelperModel::readAutoConnect() {
@@ -181,6 +198,20 @@ void HelperModel::setLaunchAtLogin(bool on) {
         if (!result) setFailure("로그인할 때 열기를 바꾸지 못했어요: " + result.error().message());
     }
     refresh();
+}
+
+QCoro::Task<> HelperModel::setCloudEnabled(bool on) {
+    if (on && isRemoving_) co_return;
+    setFailure(std::nullopt);
+    if (on) {
+        cloud().switchOn();
+        refresh();
+        co_return;
+    }
+    const QPointer<HelperModel> model(this);
+    const TaskOutcome outcome = co_await outcomeOf(cloud().switchOff());
+    if (!model || !outcome.failure) co_return;
+    setFailure("iPhone으로 보낸 값을 지우지 못했어요: " + failureDescription(outcome.failure));
 }
 
 void HelperModel::removeOldLaunchAgent() {

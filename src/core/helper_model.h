@@ -18,6 +18,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
@@ -41,6 +42,9 @@
 #include "platform/login_item.h"
 #include "platform/settings_store.h"
 #include "platform/sleep.h"
+#include "platform/task_end.h"
+#include "publish/publishers/cloud_publisher.h"
+#include "publish/publishers/phone_link_publisher.h"
 #include "support/environment.h"
 
 namespace brimwatch {
@@ -78,6 +82,9 @@ class HelperModel final : public QObject {
         ClaudeCodeSetup::Pause pause;
         ReadCodex readCodex;
         FindCodex findCodex = {};  // if absent, the search below `home`
+        // To phones. An absent one sends nothing, as without the right to.
+        std::unique_ptr<CloudPublisher> cloud = {};
+        std::unique_ptr<PhoneLinkPublisher> phone = {};
         // Without them the model starts nothing by itself: no loop, no watch.
         std::optional<SystemServices> systemServices = {};
     };
@@ -115,6 +122,10 @@ class HelperModel final : public QObject {
     // The last failure that the user has to see.
     const std::optional<std::string>& failure() const { return failure_; }
 
+    // Observed on their own.
+    CloudPublisher& cloud() const { return *surroundings_.cloud; }
+    PhoneLinkPublisher& phone() const { return *surroundings_.phone; }
+
     // --- What is worked out on demand ---
 
     // The keys of the accounts whose figures are wanted.
@@ -149,6 +160,9 @@ class HelperModel final : public QObject {
     void setRevealsMenuCardOrder(bool reveals);
     // A failure shows in `failure`; `launchAtLogin` tells what the session says.
     void setLaunchAtLogin(bool on);
+    // Off: takes back what was sent to iPhones; a failure shows in `failure`. Can't be switched on
+    // during a removal.
+    QCoro::Task<> setCloudEnabled(bool on);
 
     // --- Figures ---
 
@@ -169,8 +183,8 @@ class HelperModel final : public QObject {
     bool addCodexFolder(const std::string& folder);  // whether it was accepted
     void setCodexAccount(const CodexAccounts::Account& account, bool on);
 
-    // Puts the status lines back and leaves all accounts alone until the user connects them again.
-    // The task gives the thread up between two accounts.
+    // Puts the status lines back, takes back what was sent to phones, and leaves all accounts alone
+    // until the user connects them again. The task gives the thread up between two accounts.
     QCoro::Task<> removeEverything();
     // Ends and deletes the agent of an earlier form of the program.
     void removeOldLaunchAgent();
@@ -224,6 +238,7 @@ class HelperModel final : public QObject {
     }
 
     void readSettings();
+    void makeAbsentPublishers();
     void readAutoConnect();
     void startServices();
 
@@ -238,6 +253,7 @@ class HelperModel final : public QObject {
     std::optional<std::string> defaultNameOf(const SubscriptionLimits& limits) const;
     void storeHistory();
     void updateMenuTitle();
+    void publish();
 
     void scheduleReload();
     void schedulePoll();
@@ -263,6 +279,7 @@ class HelperModel final : public QObject {
     void addManualDirectory(const std::string& path);
     void connectAdded(const Account& account);
     void leaveAllAlone();
+    static QCoro::Task<std::vector<std::string>> withdraw(QPointer<HelperModel> model);
     void setAutoConnect(ClaudeCodeSetup::AutoConnect autoConnect);
     void setCodexSelection(CodexAccounts::Selection selection);
     void setMenuOrder(std::vector<std::string> order);

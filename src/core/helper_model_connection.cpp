@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "core/helper_model.h"
+#include "publish/publishers/publication_failure.h"
 #include "support/path_text.h"
 #include "support/paths.h"
 
@@ -257,6 +258,9 @@ QCoro::Task<> HelperModel::removeEverything() {
         const FileResult<void> result = disconnect(account);
         if (!result) failures.push_back(nameOf(account) + ": " + result.error().message());
     }
+    const std::vector<std::string> notWithdrawn = co_await withdraw(model);
+    if (!model) co_return;
+    failures.insert(failures.end(), notWithdrawn.begin(), notWithdrawn.end());
     if (launchAtLogin_) setLaunchAtLogin(false);
     refresh();
     if (failures.empty()) {
@@ -265,6 +269,22 @@ QCoro::Task<> HelperModel::removeEverything() {
         setFailure("일부를 해제하지 못했어요. 다시 눌러 주세요." + joinedLines(failures));
     }
     assign(isRemoving_, false, &HelperModel::isRemovingChanged);
+}
+
+// From both kinds of phones at once; gives a line for each failure.
+QCoro::Task<std::vector<std::string>> HelperModel::withdraw(QPointer<HelperModel> model) {
+    QCoro::Task<TaskOutcome> fromCloud = outcomeOf(model->cloud().switchOff());
+    QCoro::Task<TaskOutcome> fromPhone = outcomeOf(model->phone().pause());
+    std::vector<std::string> failures;
+    const TaskOutcome cloud = co_await std::move(fromCloud);
+    if (cloud.failure) {
+        failures.push_back("iPhone으로 보낸 값: " + failureDescription(cloud.failure));
+    }
+    const TaskOutcome phone = co_await std::move(fromPhone);
+    if (phone.failure) {
+        failures.push_back("안드로이드로 보낸 값: " + failureDescription(phone.failure));
+    }
+    co_return failures;
 }
 
 void HelperModel::leaveAllAlone() {

@@ -56,6 +56,14 @@ void HelperModel::reload() {
     }
     updateMenuTitle();
     assign(menuGauge_, menuBarGauge(menuLimits()), &HelperModel::menuGaugeChanged);
+    publish();
+}
+
+void HelperModel::publish() {
+    std::vector<SubscriptionLimits> ordered = menuLimits();
+    const Instant now = surroundings_.now();
+    cloud().publish(ordered, now);
+    phone().publish(std::move(ordered), now);
 }
 
 void HelperModel::decorate(SubscriptionLimits& limits) const {
@@ -122,6 +130,7 @@ void HelperModel::refresh() {
     rediscoverAccounts();
     connectNewAccounts();
     readTiers();
+    if (!phone().isChanging()) phone().refreshKey();
     reload();
     assign(codexBinary_, surroundings_.findCodex(), &HelperModel::codexBinaryChanged);
     if (!usesSystemServices()) return;

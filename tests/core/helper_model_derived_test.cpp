@@ -159,7 +159,7 @@ TEST_F(HelperModelDerived, CreditsAreThoseOfTheReadingInTheLocaleOfTheUser) {
         .hasCredits = true, .unlimited = false, .balance = Decimal::fromDigits("1234.567")};
     HelperModel::Surroundings around = surroundings();
     around.locale = "de_DE";
-    start(around);
+    start(std::move(around));
     const auto codex = record(SubscriptionLimits::Provider::codex, "default");
     EXPECT_EQ(model().creditText(codex), std::nullopt);
     answerWith(reading);

@@ -41,7 +41,7 @@ class HelperModelRefresh : public ModelFixture {
     HelperModel& startWith(RecordingDoors& doors) {
         HelperModel::Surroundings around = surroundings();
         around.systemServices.emplace(HelperModel::SystemServices{doors, doors, doors, doors});
-        return start(around);
+        return start(std::move(around));
     }
     using ModelFixture::startWith;
 
@@ -211,7 +211,7 @@ TEST_F(HelperModelRefresh, AReloadLooksForNeitherAccountsNorTiers) {
 TEST_F(HelperModelRefresh, LooksForCodexBelowTheHomeUnlessToldHow) {
     HelperModel::Surroundings around = surroundings();
     around.findCodex = {};
-    start(around);
+    start(std::move(around));
     EXPECT_EQ(model().codexBinary(), std::nullopt);
     executables_.insert(path(".local/bin/codex"));
     model().refresh();

@@ -289,9 +289,7 @@ TEST(AppTheme, IsListedWithItsTextsInTheOrderOfTheSettings) {
 }
 
 TEST_F(HelperModelSettings, WhatBelongsToOthersStays) {
-    const std::map<std::string, std::string> others = {{"cloudEnabled", "true"},
-                                                       {"phoneLinkPaused", "false"},
-                                                       {"macID", R"("an id")"},
+    const std::map<std::string, std::string> others = {{"macID", R"("an id")"},
                                                        {"unheardOf", R"({"a":[1.50]})"}};
     for (const auto& [name, json] : others)
         defaults_.put(name, json);

@@ -1,0 +1,32 @@
+#include "publish/publishers/phone_limits.h"
+
+#include <chrono>
+#include <utility>
+
+#include "limits/recent_usage_history.h"
+
+namespace brimwatch {
+namespace {
+
+constexpr std::chrono::seconds keptPeriod{22'500};
+constexpr RecentUsageSamples::size_type mostSamples = 78;
+
+}  // namespace
+
+SubscriptionLimits limitsForPhone(SubscriptionLimits limits) {
+    if (!limits.recentUsageHistory) return limits;
+    const Instant last = limits.updatedAt;
+    const Instant first = last - keptPeriod;
+    RecentUsageSamples samples = RecentUsageHistory::merged({&*limits.recentUsageHistory}, last);
+    erase_if(samples, [first, last](const RecentUsageSample& sample) {
+        return sample.updatedAt < first || sample.updatedAt > last;
+    });
+    if (samples.size() > mostSamples) {
+        samples.erase(samples.begin(), samples.end() - mostSamples);
+    }
+    limits.recentUsageHistory.reset();
+    if (!samples.empty()) limits.recentUsageHistory = std::move(samples);
+    return limits;
+}
+
+}  // namespace brimwatch
