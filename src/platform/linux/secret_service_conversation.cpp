@@ -44,9 +44,7 @@ SecretServiceConversation::SecretServiceConversation(QDBusConnection bus,
 
 SecretServiceConversation::~SecretServiceConversation() {
     if (session_.path().isEmpty()) return;
-    bus_.send(QDBusMessage::createMethodCall(serviceName, session_.path(),
-                                             QStringLiteral("org.freedesktop.Secret.Session"),
-                                             QStringLiteral("Close")));
+    tell(session_, "org.freedesktop.Secret.Session", "Close");
 }
 
 KeyResult<QVariantList> SecretServiceConversation::ask(const Call& call,
@@ -197,7 +195,7 @@ KeyResult<void> SecretServiceConversation::settle(const QDBusObjectPath& prompt)
     const KeyStatus status =
         prompt_ == KeyPrompt::allowed ? show(prompt) : key_status::interactionNotAllowed;
     if (status == key_status::success) return {};
-    if (status != key_status::notAvailable) dismiss(prompt);
+    dismiss(prompt);
     return tl::unexpected(status);
 }
 
@@ -208,9 +206,16 @@ KeyStatus SecretServiceConversation::show(const QDBusObjectPath& prompt) {
 }
 
 void SecretServiceConversation::dismiss(const QDBusObjectPath& prompt) {
-    bus_.send(QDBusMessage::createMethodCall(serviceName, prompt.path(),
-                                             QStringLiteral("org.freedesktop.Secret.Prompt"),
-                                             QStringLiteral("Dismiss")));
+    tell(prompt, "org.freedesktop.Secret.Prompt", "Dismiss");
+}
+
+void SecretServiceConversation::tell(const QDBusObjectPath& path, const char* interface,
+                                     const char* method) {
+    QDBusMessage message = QDBusMessage::createMethodCall(
+        serviceName, path.path(), QLatin1String(interface), QLatin1String(method));
+    // One that has ended meanwhile need not be started to hear that it is not needed.
+    message.setAutoStartService(false);
+    bus_.send(message);
 }
 
 }  // namespace brimwatch

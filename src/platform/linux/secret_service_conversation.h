@@ -75,6 +75,8 @@ class SecretServiceConversation {
     KeyResult<void> settle(const QDBusObjectPath& prompt);
     KeyStatus show(const QDBusObjectPath& prompt);
     void dismiss(const QDBusObjectPath& prompt);
+    // Without waiting for an answer.
+    void tell(const QDBusObjectPath& path, const char* interface, const char* method);
 
     QDBusConnection bus_;
     SecretServiceTiming timing_;

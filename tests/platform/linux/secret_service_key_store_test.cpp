@@ -398,6 +398,64 @@ TEST_F(ScriptedSecretServiceTest, TheItemThatWasChangedLastIsRead) {
     }
 }
 
+TEST_F(ScriptedSecretServiceTest, OfItemsThatWereChangedTogetherTheFirstIsRead) {
+    auto answers = itemAnswers();
+    answers["SearchItems"] = saying({paths({"/a", "/b"}), paths({})});
+    answers["GetSecret"] = [](test::FakeService&, const QDBusMessage& call) {
+        return call.createReply(busSecret(call.path().toLatin1().toBase64()));
+    };
+    answers["Get"] = saying({variant(QVariant::fromValue<quint64>(7))});
+    serve(answers);
+    EXPECT_EQ(stored(), "/a");
+    answers["Get"] = failing("org.freedesktop.DBus.Error.UnknownProperty");
+    serve(answers);
+    EXPECT_EQ(stored(), "/a");
+}
+
+TEST_F(ScriptedSecretServiceTest, OfSeveralItemsOneFailureIsTold) {
+    for (const char* failingItem : {"/a", "/b"}) {
+        auto answers = itemAnswers();
+        answers["SearchItems"] = saying({paths({"/a", "/b"}), paths({})});
+        for (const char* method : {"SetSecret", "Delete"}) {
+            const Answer usual = answers[method];
+            answers[method] = [failingItem, usual](test::FakeService& service,
+                                                   const QDBusMessage& call) {
+                return call.path() == QLatin1String(failingItem)
+                           ? call.createErrorReply("org.freedesktop.Secret.Error.IsLocked", "")
+                           : usual(service, call);
+            };
+        }
+        serve(answers);
+        EXPECT_EQ(store_->update(phoneKey, secret("x"), forbidden), -25308) << failingItem;
+        EXPECT_EQ(store_->remove(phoneKey, forbidden), -25308) << failingItem;
+    }
+}
+
+TEST_F(ScriptedSecretServiceTest, TheTimeThatTheUserTakesDoesNotCount) {
+    auto answers = itemAnswers();
+    const auto isUnlocked = std::make_shared<bool>(false);
+    answers["SearchItems"] = [isUnlocked](test::FakeService&, const QDBusMessage& call) {
+        return *isUnlocked ? call.createReply({paths({"/i"}), paths({})})
+                           : call.createReply({paths({}), paths({"/i"})});
+    };
+    answers["Unlock"] = saying({paths({}), path("/p")});
+    answers["Prompt"] = [isUnlocked](test::FakeService& service, const QDBusMessage& call) {
+        QThread::msleep(1500);
+        *isUnlocked = true;
+        return completing(false)(service, call);
+    };
+    serve(answers);
+    makeStore({.calls = std::chrono::milliseconds(1000), .prompt = std::chrono::seconds(60)});
+    EXPECT_EQ(store_->copyMatching(phoneKey, KeyPrompt::allowed).value.view(), "abc");
+}
+
+TEST_F(ScriptedSecretServiceTest, NoSessionStaysOpen) {
+    serve(itemAnswers());
+    EXPECT_EQ(stored(), "abc");
+    EXPECT_EQ(stored(), "abc");
+    EXPECT_TRUE(wasCalled("Close"));
+}
+
 TEST_F(ScriptedSecretServiceTest, AnItemInMemoryOnlyIsPassedOver) {
     auto answers = itemAnswers();
     answers["SearchItems"] =
