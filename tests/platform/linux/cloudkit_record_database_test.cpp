@@ -298,6 +298,17 @@ TEST_F(CloudKitRecordDatabaseTest, AnAnswerWithoutFieldsLeavesWhatWasSent) {
     EXPECT_EQ(saved(recordNamed("ls-1", "mine")), expected);
 }
 
+TEST_F(CloudKitRecordDatabaseTest, WhatTheAnswerTellsOfThePayloadHolds) {
+    for (const auto& [field, payload] :
+         std::vector<std::pair<const char*, std::optional<std::string>>>{
+             {R"({"value":"YWJj"})", "abc"}, {R"({"type":"STRING","value":"x"})", std::nullopt}}) {
+        server_->answerNext({.body = std::string(R"({"records":[{"recordName":"ls-1",)") +
+                                     R"("recordChangeTag":"x","fields":{"payload":)" + field +
+                                     "}}]}"});
+        EXPECT_EQ(saved(recordNamed("ls-1", "mine")).payload, payload);
+    }
+}
+
 TEST_F(CloudKitRecordDatabaseTest, ACallThatFailsAsAWholeIsAnErrorOfTheCall) {
     server_->answerNext(RecordServer::error(503, "TRY_AGAIN_LATER", "busy", 30));
     const auto result = wait(database_->save(recordNamed("ls-1", "mine"), unchanged));
