@@ -11,7 +11,6 @@
 
 #include "claude/status_line_mode.h"
 #include "main/desktop_program.h"
-#include "main/role.h"
 #include "platform/posix/ignored_signals.h"
 #include "platform/posix/limits_changed_datagram.h"
 #include "platform/posix/posix_file_system.h"
@@ -19,6 +18,7 @@
 #include "platform/posix/shell_command.h"
 #include "platform/posix/standard_streams.h"
 #include "platform/posix/wall_clock.h"
+#include "support/role.h"
 
 namespace brimwatch {
 namespace {

@@ -1,4 +1,4 @@
-#include "main/role.h"
+#include "support/role.h"
 
 #include <algorithm>
 
