@@ -13,16 +13,16 @@
 #include "app/application.h"
 #include "app/desktop.h"
 #include "app/figures_printer.h"
+#include "app/private_update_role.h"
 #include "app/program_path.h"
 #include "platform/linux/instance_activation.h"
 #include "platform/linux/quit_signals.h"
 #include "platform/posix/ignored_signals.h"
 #include "platform/posix/standard_streams.h"
+#include "support/role.h"
 
 namespace brimwatch {
 namespace {
-
-constexpr int exitPrivateUpdateFailure = 2;
 
 using Options = std::vector<std::string_view>;
 
@@ -83,18 +83,28 @@ int giveWay(int count, char** arguments, const Environment& environment,
     return isReached ? EXIT_SUCCESS : complain(refusal);
 }
 
+bool isPrivateUpdateRole(Role role) {
+    return role == Role::configurePrivateUpdates || role == Role::clearPrivateUpdates ||
+           role == Role::usageFailure;
+}
+
+int updatePrivately(int count, char** arguments, Role role, const Environment& environment) {
+    // Qt takes options of its own out of the arguments.
+    const std::string path = role == Role::configurePrivateUpdates ? arguments[2] : "";
+    const QCoreApplication loop(count, arguments);
+    return runPrivateUpdateRole(role, path, environment);
+}
+
 int run(int count, char** arguments) {
     holdStandardDescriptors();
     const sigset_t defaultSignals = ignoreWriteSignals();
     const Options options(arguments + 1, arguments + count);
-    if (has(options, "--configure-private-updates") || has(options, "--clear-private-updates")) {
-        writeStandardError("Private update configuration failed.\n");
-        return exitPrivateUpdateFailure;
-    }
+    const Environment environment(environ);
+    const Role role = classifyArguments(options);
+    if (isPrivateUpdateRole(role)) return updatePrivately(count, arguments, role, environment);
     const std::optional<std::string> executable = commandPath(arguments[0]);
     if (!executable) return complain("can't tell where it lies");
 
-    const Environment environment(environ);
     tl::expected<Application::Claim, Application::Refusal> claim = Application::claim(environment);
     if (!claim) {
         const Application::Refusal& refusal = claim.error();
@@ -104,8 +114,8 @@ int run(int count, char** arguments) {
     }
     Application::Launch launch{
         .executable = *executable, .environment = environment, .defaultSignals = defaultSignals};
-    const auto role = has(options, "--figures") ? printFigures : runOnDesktop;
-    return role(count, arguments, options, std::move(launch), *std::move(claim));
+    const auto show = has(options, "--figures") ? printFigures : runOnDesktop;
+    return show(count, arguments, options, std::move(launch), *std::move(claim));
 }
 
 }  // namespace

@@ -1,0 +1,59 @@
+#include "app/private_update_role.h"
+
+#include <unistd.h>
+
+#include <cstdlib>
+#include <memory>
+#include <optional>
+
+#include "app/user_keys.h"
+#include "platform/posix/executable_path.h"
+#include "platform/posix/posix_file_system.h"
+#include "platform/posix/private_file.h"
+#include "platform/posix/standard_streams.h"
+#include "updates/mac_private_update_credentials.h"
+#include "updates/private_update_commands.h"
+
+namespace brimwatch {
+namespace {
+
+constexpr int exitFailure = 2;
+
+int fail(std::string_view message) {
+    writeStandardError(std::string(message) + '\n');
+    return exitFailure;
+}
+
+PrivateFileResult readConfigurationFile(const std::string& path) {
+    return readPrivateFile(path, ::getuid(), privateUpdateSizeLimit);
+}
+
+BundleInfo ownBundleInfo() {
+    PosixFileSystem files;
+    const std::optional<std::string> executable = resolvedExecutablePath();
+    return executable ? readBundleInfo(files, bundleInfoPath(*executable)) : BundleInfo();
+}
+
+MacPrivateUpdateResult<void> carryOut(Role role, const std::string& path, KeyStore& keys) {
+    return role == Role::configurePrivateUpdates
+               ? configurePrivateUpdates(path, readConfigurationFile, ownBundleInfo, keys)
+               : clearPrivateUpdates(ownBundleInfo, keys);
+}
+
+}  // namespace
+
+int runPrivateUpdateRole(Role role, const std::string& path, const Environment& environment) {
+    if (role == Role::usageFailure) {
+        using Failure = MacPrivateUpdateFailure;
+        return fail(Failure{.reason = Failure::Reason::syntax}.message());
+    }
+    PosixFileSystem files;
+    const std::unique_ptr<UserKeys> keys = UserKeys::open(environment, files);
+    if (!keys) return fail("Private update configuration failed.");
+    const MacPrivateUpdateResult<void> result = carryOut(role, path, keys->store());
+    if (!result) return fail(result.error().message());
+    writeStandardOutput("Private update configuration updated. Restart the app to apply it.\n");
+    return EXIT_SUCCESS;
+}
+
+}  // namespace brimwatch
