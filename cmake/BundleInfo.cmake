@@ -5,6 +5,9 @@
 
 set(BRIMWATCH_BUNDLE_IDENTIFIER "net.quillmoor.brimwatch.mac" CACHE STRING
   "Identifier of the program among the programs of its makers")
+set(BRIMWATCH_BUILD_NUMBER "1" CACHE STRING
+  "Number of the build, by which updates tell what is newer")
+set(BRIMWATCH_SHORT_VERSION "${PROJECT_VERSION}" CACHE STRING "Version for people")
 set(BRIMWATCH_KEYCHAIN_ACCESS_GROUP "net.quillmoor.brimwatch.shared" CACHE STRING
   "Group of programs that share the keys; never empty")
 set(BRIMWATCH_CLOUD_CONTAINER "iCloud.net.quillmoor.brimwatch" CACHE STRING
@@ -14,7 +17,7 @@ set(BRIMWATCH_CLOUD_API_TOKEN "" CACHE STRING "API token of that container and e
 set(BRIMWATCH_CLOUD_SIGN_IN_REDIRECT "http://127.0.0.1:28417/signed-in" CACHE STRING
   "Where the browser returns to, as stored with the API token")
 set(BRIMWATCH_PRIVATE_UPDATES_KEYCHAIN_GROUP "" CACHE STRING
-  "Team identifier, a dot and the bundle identifier; empty: no private updates")
+  "Team identifier, a dot and the bundle identifier; empty: no updates at all")
 set(BRIMWATCH_UPDATE_HOST "" CACHE STRING "Host of the updates")
 set(BRIMWATCH_PUBLIC_UPDATE_FEED "" CACHE STRING "Address of the public feed of updates")
 set(BRIMWATCH_PUBLIC_UPDATE_SIGNING_KEY "" CACHE STRING
@@ -28,6 +31,8 @@ function(brimwatch_bundle_info file)
   set(document "{}")
   foreach(member IN ITEMS
       CFBundleIdentifier=BUNDLE_IDENTIFIER
+      CFBundleVersion=BUILD_NUMBER
+      CFBundleShortVersionString=SHORT_VERSION
       QMKeychainAccessGroup=KEYCHAIN_ACCESS_GROUP
       QMICloudContainer=CLOUD_CONTAINER
       QMICloudEnvironment=CLOUD_ENVIRONMENT

@@ -43,6 +43,8 @@ BundleInfo parseBundleInfo(std::string_view json) {
     const std::optional<JsonObject> object = parseJsonObject(json);
     if (!object) return {};
     return {.bundleIdentifier = text(*object, "CFBundleIdentifier"),
+            .version = text(*object, "CFBundleVersion"),
+            .shortVersion = text(*object, "CFBundleShortVersionString"),
             .keychainAccessGroup = text(*object, "QMKeychainAccessGroup"),
             .cloudContainer = text(*object, "QMICloudContainer"),
             .cloudEnvironment = text(*object, "QMICloudEnvironment"),

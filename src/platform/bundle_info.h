@@ -14,6 +14,8 @@ namespace brimwatch {
 
 struct BundleInfo {
     std::string bundleIdentifier = {};
+    std::string version = {};       // CFBundleVersion: by which builds are compared
+    std::string shortVersion = {};  // CFBundleShortVersionString: for people
 
     std::string keychainAccessGroup = {};  // QMKeychainAccessGroup
     std::string cloudContainer = {};       // QMICloudContainer

@@ -9,13 +9,16 @@ namespace brimwatch {
 namespace {
 
 constexpr const char* whole = R"({
-  "CFBundleIdentifier": "a", "QMKeychainAccessGroup": "b", "QMICloudContainer": "c",
+  "CFBundleIdentifier": "a", "CFBundleVersion": "57", "CFBundleShortVersionString": "1.4.2",
+  "QMKeychainAccessGroup": "b", "QMICloudContainer": "c",
   "QMICloudEnvironment": "d", "QMICloudApiToken": "e", "QMICloudSignInRedirect": "f",
   "QMPrivateUpdatesKeychainGroup": "g", "QMUpdateHost": "h", "SUFeedURL": "i",
   "SUPublicEDKey": "j", "another": "k"})";
 
 TEST(BundleInfoTest, EachMemberIsRead) {
     EXPECT_EQ(parseBundleInfo(whole), (BundleInfo{.bundleIdentifier = "a",
+                                                  .version = "57",
+                                                  .shortVersion = "1.4.2",
                                                   .keychainAccessGroup = "b",
                                                   .cloudContainer = "c",
                                                   .cloudEnvironment = "d",
@@ -88,6 +91,8 @@ TEST(BundleInfoTest, EveryBuildHasAGroupAContainerAndAnIdentifier) {
     EXPECT_NE(info.requiredKeychainAccessGroup(), "");
     EXPECT_NE(info.requiredCloudContainer(), "");
     EXPECT_NE(info.bundleIdentifier, "");
+    EXPECT_NE(info.version, "");
+    EXPECT_NE(info.shortVersion, "");
     EXPECT_NE(info.cloudEnvironment, "");
 }
 
