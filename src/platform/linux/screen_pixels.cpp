@@ -1,6 +1,5 @@
 #include "platform/linux/screen_pixels.h"
 
-#include <QCursor>
 #include <QGuiApplication>
 #include <QScreen>
 #include <algorithm>
@@ -24,10 +23,12 @@ double largestPixelRatio() {
     return largest;
 }
 
-QPoint pointerInPixels() {
-    const QPoint pointer = QCursor::pos();
+QPoint edgeInPixels(const QRect& item, QPoint pointer) {
     const QScreen* screen = QGuiApplication::screenAt(pointer);
-    return screen == nullptr ? pointer : inPixels(*screen, pointer);
+    if (screen == nullptr) return pointer;
+    const bool isInUpperHalf = pointer.y() <= screen->geometry().center().y();
+    const QPoint edge(pointer.x(), isInUpperHalf ? item.bottom() : item.top());
+    return inPixels(*screen, item.contains(pointer) ? edge : pointer);
 }
 
 bool isOnScreen(QPoint pixel) {

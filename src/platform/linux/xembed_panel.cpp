@@ -1,5 +1,6 @@
 #include "platform/linux/xembed_panel.h"
 
+#include <QCursor>
 #include <QIcon>
 #include <QPixmap>
 
@@ -37,8 +38,9 @@ XembedPanel::XembedPanel(const PanelContent& content) : content_(content) {
 void XembedPanel::setUp(QSystemTrayIcon& icon) {
     icon.setContextMenu(&menu_);
     connect(&icon, &QSystemTrayIcon::activated, this,
-            [this](QSystemTrayIcon::ActivationReason reason) {
-                if (reason == QSystemTrayIcon::Trigger) emit activated(pointerInPixels());
+            [this, &icon](QSystemTrayIcon::ActivationReason reason) {
+                if (reason == QSystemTrayIcon::Trigger)
+                    emit activated(edgeInPixels(icon.geometry(), QCursor::pos()));
             });
 }
 

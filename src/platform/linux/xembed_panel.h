@@ -28,7 +28,7 @@ class XembedPanel final : public QObject {
     void updateRows();
 
   signals:
-    // With the place of the pointer.
+    // With a place at the item that was clicked.
     void activated(QPoint position);
     void menuOpened();
     void commandChosen(int id);
