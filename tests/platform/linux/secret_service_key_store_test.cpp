@@ -248,16 +248,24 @@ class ScriptedSecretServiceTest : public SecretServiceKeyStoreTest {
                 {"Delete", saying({path("/")})},
                 {"Close", saying({})}};
     }
+    // What was said without waiting for an answer has arrived, too.
+    void stop() {
+        if (!service_) return;
+        store_->isMissing();
+        service_->stop();
+    }
     void serve(test::FakeSecretService::Answers answers) {
+        stop();
         service_.reset();
         EXPECT_TRUE(eventually([this] { return !other_->sees("org.freedesktop.secrets"); }));
         service_.emplace(daemon_->address(), std::move(answers));
     }
     bool wasCalled(const QString& method) {
-        service_->stop();
+        stop();
         return service_->wasCalled(method);
     }
     void TearDown() override {
+        stop();
         service_.reset();
         SecretServiceKeyStoreTest::TearDown();
     }
@@ -303,8 +311,6 @@ TEST_F(ScriptedSecretServiceTest, APromptThatNobodyAnswersIsDismissed) {
     serve(answers);
     makeStore({.calls = std::chrono::seconds(20), .prompt = std::chrono::milliseconds(30)});
     EXPECT_EQ(store_->add(phoneKey, secret("a"), KeyPrompt::allowed), -128);
-    // What was sent before an answer that came has arrived.
-    EXPECT_EQ(store_->copyMatching(phoneKey, forbidden).status, -25300);
     EXPECT_TRUE(wasCalled("Dismiss"));
 }
 
