@@ -6,6 +6,7 @@
 #include <thread>
 #include <utility>
 
+#include "platform/bundle_info.h"
 #include "platform/linux/boot_sleep.h"
 #include "platform/linux/codex_process.h"
 #include "platform/posix/executable_path.h"
@@ -36,6 +37,11 @@ std::optional<Application::Folders> findFolders(const Environment& environment) 
     return Application::Folders{*std::move(home), *std::move(settings), *std::move(state)};
 }
 
+BundleInfo ownBundleInfo(FileSystem& files) {
+    const std::optional<std::string> executable = resolvedExecutablePath();
+    return executable ? readBundleInfo(files, bundleInfoPath(*executable)) : BundleInfo();
+}
+
 tl::unexpected<Application::Refusal> refused(Application::Refusal::Reason reason,
                                              std::string text) {
     return tl::unexpected(Application::Refusal{reason, std::move(text)});
@@ -64,7 +70,18 @@ Application::Application(Launch launch, Claim claim)
       loginItem_(files_, autostartSession(launch_.environment, files_, ::getuid()),
                  launch_.executable, isExecutableFile),
       agentStopper_(launch_.environment),
+      keys_(UserKeys::open(launch_.environment, files_)),
+      phones_(keys_->store(), ownBundleInfo(files_)),
       model_(surroundings(claim.folders.home)) {}
+
+PublisherDoors Application::publisherDoors() {
+    return {.records = phones_.records(),
+            .keys = keys_->store(),
+            .defaults = store_,
+            .right = phones_.right(),
+            .now = wallClock,
+            .sleep = sleepFor};
+}
 
 HelperModel::Surroundings Application::surroundings(const std::string& home) {
     return {.defaults = store_,
@@ -88,6 +105,8 @@ HelperModel::Surroundings Application::surroundings(const std::string& home) {
                                       .defaultSignals = launch_.defaultSignals});
                 },
             .findCodex = {},
+            .cloud = makeCloudPublisher(publisherDoors()),
+            .phone = makePhoneLinkPublisher(publisherDoors()),
             .systemServices = HelperModel::SystemServices{folderWatch_, limitsChanged_, loginItem_,
                                                           agentStopper_}};
 }

@@ -2,9 +2,12 @@
 #pragma once
 
 #include <csignal>
+#include <memory>
 #include <string>
 #include <tl/expected.hpp>
 
+#include "app/phone_services.h"
+#include "app/user_keys.h"
 #include "core/helper_model.h"
 #include "platform/linux/autostart_login_item.h"
 #include "platform/linux/json_settings_store.h"
@@ -13,6 +16,7 @@
 #include "platform/linux/qt_folder_watch.h"
 #include "platform/posix/instance_lock.h"
 #include "platform/posix/posix_file_system.h"
+#include "publish/publishers/publishers.h"
 #include "support/environment.h"
 
 namespace brimwatch {
@@ -60,6 +64,7 @@ class Application {
 
   private:
     HelperModel::Surroundings surroundings(const std::string& home);
+    PublisherDoors publisherDoors();
 
     Launch launch_;
     std::string locale_;
@@ -70,6 +75,8 @@ class Application {
     LimitsChangedListener limitsChanged_;
     AutostartLoginItem loginItem_;
     LaunchctlAgentStopper agentStopper_;
+    std::unique_ptr<UserKeys> keys_;
+    PhoneServices phones_;
     HelperModel model_;
 };
 
