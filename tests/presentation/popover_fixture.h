@@ -4,7 +4,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <QAccessible>
 #include <QCoreApplication>
 #include <QQuickItem>
 #include <QQuickView>
@@ -22,38 +21,9 @@
 #include "quick_items.h"
 #include "sample_cards.h"
 #include "sample_content.h"
-
-// Else the tests print its bytes.
-inline void PrintTo(const QString& text, std::ostream* out) {
-    *out << '"' << text.toStdString() << '"';
-}
+#include "spoken_item.h"
 
 namespace brimwatch::test {
-
-inline bool eventuallyInLoop(const std::function<bool()>& condition) {
-    return eventually([&condition] {
-        QCoreApplication::processEvents();
-        return condition();
-    });
-}
-
-// What a screen reader is told of an item.
-struct Spoken {
-    QAccessible::Role role = QAccessible::NoRole;
-    QString name;
-
-    bool operator==(const Spoken&) const = default;
-};
-
-inline std::ostream& operator<<(std::ostream& out, const Spoken& spoken) {
-    return out << spoken.role << " \"" << spoken.name.toStdString() << '"';
-}
-
-inline Spoken spoken(QQuickItem* item) {
-    QAccessibleInterface* interface = QAccessible::queryAccessibleInterface(item);
-    if (interface == nullptr || interface->state().invisible) return {};
-    return {interface->role(), interface->text(QAccessible::Name)};
-}
 
 class PopoverFixture : public ::testing::Test {
   protected:

@@ -5,6 +5,7 @@
 #include <QQmlEngine>
 
 #include "presentation/menu_content_model.h"
+#include "presentation/phone_link_sheet.h"
 #include "presentation/usage_cards_model.h"
 
 namespace brimwatch {
@@ -13,6 +14,13 @@ struct MenuContentModelType {
     Q_GADGET
     QML_FOREIGN(brimwatch::MenuContentModel)
     QML_NAMED_ELEMENT(MenuContentModel)
+    QML_UNCREATABLE("made by the program")
+};
+
+struct PhoneLinkSheetType {
+    Q_GADGET
+    QML_FOREIGN(brimwatch::PhoneLinkSheet)
+    QML_NAMED_ELEMENT(PhoneLinkSheetModel)
     QML_UNCREATABLE("made by the program")
 };
 

@@ -35,13 +35,6 @@ bool compositorPlacesWindows() {
     return QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
 }
 
-// Of all ways it takes the least memory, and the least time to the first picture.
-void drawBySoftware() {
-    static bool isDecided = false;
-    if (std::exchange(isDecided, true)) return;
-    QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
-}
-
 // In pixels of the screen.
 QPoint cursorPlace() {
     const QPoint place = QCursor::pos();

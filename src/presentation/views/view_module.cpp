@@ -1,6 +1,8 @@
 #include "presentation/views/view_module.h"
 
 #include <QQmlEngine>
+#include <QQuickWindow>
+#include <utility>
 
 #include "presentation/menu_content_model.h"
 #include "presentation/views/view_palette.h"
@@ -9,6 +11,12 @@
 extern void qml_register_types_Brimwatch();  // NOLINT(readability-identifier-naming)
 
 namespace brimwatch {
+
+void drawBySoftware() {
+    static bool isDecided = false;
+    if (std::exchange(isDecided, true)) return;
+    QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+}
 
 ViewPalette& preparedPalette(QQmlEngine& engine) {
     qml_register_types_Brimwatch();

@@ -7,6 +7,10 @@ namespace brimwatch {
 
 class ViewPalette;
 
+// To be called before the first window is made. Of all ways to draw, it takes the least memory, and
+// the least time to the first picture.
+void drawBySoftware();
+
 // Makes the module known to the engine. The palette is the engine's.
 ViewPalette& preparedPalette(QQmlEngine& engine);
 

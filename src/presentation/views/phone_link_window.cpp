@@ -1,0 +1,77 @@
+#include "presentation/views/phone_link_window.h"
+
+#include <QLoggingCategory>
+#include <QQmlEngine>
+#include <QQuickItem>
+#include <QQuickView>
+#include <utility>
+
+#include "presentation/views/view_module.h"
+#include "presentation/views/view_palette.h"
+
+namespace brimwatch {
+namespace {
+
+Q_LOGGING_CATEGORY(viewsLog, "net.quillmoor.brimwatch.mac.views")
+
+// As large as what it holds, and no larger.
+void followSize(QQuickView& window) {
+    const QQuickItem& root = *window.rootObject();
+    const QSize size(qRound(root.implicitWidth()), qRound(root.implicitHeight()));
+    window.setMinimumSize(size);
+    window.setMaximumSize(size);
+    window.resize(size);
+}
+
+}  // namespace
+
+PhoneLinkWindow::PhoneLinkWindow(PhoneLinkSheet& sheet) : sheet_(sheet) {}
+
+PhoneLinkWindow::~PhoneLinkWindow() = default;
+
+void PhoneLinkWindow::show() {
+    if (!window_ && !makeWindow()) return;
+    if (!window_->isVisible()) sheet_.appear();
+    window_->show();
+    window_->raise();
+    window_->requestActivate();
+}
+
+void PhoneLinkWindow::setAppearance(Appearance appearance) {
+    appearance_ = appearance;
+    if (palette_ != nullptr) palette_->setAppearance(appearance);
+}
+
+void PhoneLinkWindow::setTextScale(double scale) {
+    textScale_ = scale;
+    if (palette_ != nullptr) palette_->setTextScale(scale);
+}
+
+bool PhoneLinkWindow::makeWindow() {
+    drawBySoftware();
+    auto engine = std::make_unique<QQmlEngine>();
+    ViewPalette& palette = preparedPalette(*engine);
+    palette.setAppearance(appearance_);
+    palette.setTextScale(textScale_);
+    auto window = std::make_unique<QQuickView>(engine.get(), nullptr);
+    window->setTitle(QStringLiteral("Brimwatch?"));
+    window->setFlags(Qt::Dialog);
+    window->setResizeMode(QQuickView::SizeRootObjectToView);
+    window->setInitialProperties({{"model", QVariant::fromValue(&sheet_)}});
+    window->setSource(QUrl(QStringLiteral("qrc:/qt/qml/Brimwatch/PhoneLinkSheet.qml")));
+    if (window->status() != QQuickView::Ready) {
+        qCWarning(viewsLog) << "The sheet can't be made:" << window->errors();
+        return false;
+    }
+    QQuickItem* const root = window->rootObject();
+    QQuickView* const view = window.get();
+    connect(root, SIGNAL(dismissed()), view, SLOT(close()));
+    connect(root, &QQuickItem::implicitHeightChanged, view, [view] { followSize(*view); });
+    followSize(*view);
+    engine_ = std::move(engine);
+    window_ = std::move(window);
+    palette_ = &palette;
+    return true;
+}
+
+}  // namespace brimwatch
