@@ -635,6 +635,91 @@ TEST_F(CloudPublishing, AnObserverMaySwitchOffAgainWithinARemoval) {
     EXPECT_EQ(database_.count(Kind::save), 1U);
 }
 
+TEST_F(CloudPublishing, AfterARemovalTheRecordIsFetchedAnew) {
+    start();
+    send(10);
+    TaskResult(publisher().switchOff());
+    publisher().switchOn();
+    database_.forgetCalls();
+    send(10);
+    EXPECT_EQ(database_.count(Kind::fetch), 1U);
+    EXPECT_EQ(database_.count(Kind::save), 1U);
+}
+
+// --- A save that goes on although it is no longer wanted ---
+
+QCoro::Task<CloudRecord> saveAfter(TaskEnd end) {
+    co_await end.wait();
+    co_return CloudRecord{.recordType = "LimitSnapshot", .recordName = "ls-"};
+}
+
+TEST_F(CloudPublishing, TheOutcomeOfASaveThatIsNoLongerWantedCountsForNothing) {
+    const std::exception_ptr failure = std::make_exception_ptr(CloudFailure(cloudError(5)));
+    for (const std::exception_ptr& outcome : {std::exception_ptr(), failure}) {
+        const TaskEnd saved;
+        CloudPublisher publisher({.right = PublishingRight::granted,
+                                  .now = [this] { return now(); },
+                                  .sleep = time_.sleeper(),
+                                  .loadKey = [this] { return key_; },
+                                  .save = [saved](const ShareToSave&) { return saveAfter(saved); },
+                                  .remove = []() -> QCoro::Task<> { co_return; }});
+        publisher.publish(limits(10), now());
+        time_.advance(0ms);
+        const TaskResult off(publisher.switchOff());
+        saved.reach(outcome);
+        EXPECT_EQ(off.summary(), "");
+        EXPECT_EQ(publisher.state(), State(CloudPublisher::Off{}));
+        EXPECT_EQ(publisher.schedule(), PublishSchedule());
+        EXPECT_FALSE(publisher.isSending());
+    }
+}
+
+TEST_F(CloudPublishing, ASendThatIsSwitchedOffWhileItLooksForTheKeySavesNothing) {
+    std::function<SymmetricKey()> loadKey;
+    bool isSaved = false;
+    CloudPublisher publisher({.right = PublishingRight::granted,
+                              .now = [this] { return now(); },
+                              .sleep = time_.sleeper(),
+                              .loadKey = [&loadKey] { return loadKey(); },
+                              .save =
+                                  [&isSaved](const ShareToSave&) {
+                                      isSaved = true;
+                                      return saveAfter(TaskEnd());
+                                  },
+                              .remove = []() -> QCoro::Task<> { co_return; }});
+    std::optional<TaskResult> off;
+    loadKey = [&] {
+        off.emplace(publisher.switchOff());
+        return key_;
+    };
+    publisher.publish(limits(10), now());
+    settle();
+    EXPECT_EQ(off->summary(), "");
+    EXPECT_FALSE(isSaved);
+    EXPECT_EQ(publisher.state(), State(CloudPublisher::Off{}));
+}
+
+TEST_F(CloudPublishing, IsCurrentIsAskedOfThePublisherAndNotOfItsPast) {
+    std::function<bool()> isCurrent;
+    const TaskEnd saved;
+    auto publisher = std::make_unique<CloudPublisher>(
+        CloudPublisher::Surroundings{.right = PublishingRight::granted,
+                                     .now = [this] { return now(); },
+                                     .sleep = time_.sleeper(),
+                                     .loadKey = [this] { return key_; },
+                                     .save =
+                                         [&isCurrent, saved](const ShareToSave& share) {
+                                             isCurrent = share.isCurrent;
+                                             return saveAfter(saved);
+                                         }});
+    publisher->publish(limits(10), now());
+    time_.advance(0ms);
+    EXPECT_TRUE(isCurrent());
+    publisher.reset();
+    EXPECT_FALSE(isCurrent());
+    saved.reach();
+}
+
 // --- Ends ---
 
 TEST_F(CloudPublishing, ItMayBeDestroyedAtEachStepOfASend) {

@@ -445,17 +445,41 @@ TEST_F(PhoneLinkChanges, ALinkThatIsResumedWhileItsShareIsTakenOutWinsAConflict)
 }
 
 TEST_F(PhoneLinkChanges, ALinkThatIsResumedWhileAPauseWaitsIsNotShownAsPaused) {
-    holdCalls();
     startLinked();
+    send(9);
+    advance(60s);
+    holdCalls();
     publish(10);
     time_.advance(0ms);
     const TaskResult pause(publisher().pause());
     EXPECT_EQ(showLink(), "");
+    EXPECT_EQ(publisher().schedule(), PublishSchedule());
     settle();
     EXPECT_EQ(pause.summary(), "");
     EXPECT_EQ(publisher().state(), State(Waiting{}));
     EXPECT_EQ(send(10), State(Sent{now()}));
     EXPECT_EQ(sentPercentage(), 10);
+}
+
+QCoro::Task<> showLinkAfter(TaskEnd end, PhoneLinkPublisher* publisher) {
+    co_await end.wait();
+    publisher->showLink();
+}
+
+TEST_F(PhoneLinkChanges, APauseWaitsForASendThatFollowsTheOneItWaitedFor) {
+    holdCalls();
+    startLinked();
+    const std::optional<TaskEnd> end = publisher().publish(limits(10), now());
+    time_.advance(0ms);
+    const TaskResult resumption(showLinkAfter(*end, &publisher()));
+    const TaskResult pause(publisher().pause());
+    database_.answer();
+    EXPECT_EQ(resumption.summary(), "");
+    EXPECT_TRUE(publisher().isSending());
+    EXPECT_FALSE(database_.isAsked());
+    settle();
+    EXPECT_EQ(pause.summary(), "");
+    EXPECT_THAT(macs(), IsEmpty());
 }
 
 // --- One change at a time ---

@@ -351,6 +351,26 @@ TEST_F(PhoneLinkPublishing, AKeyThatCannotBeReadStaysAsItIs) {
                                                 "폰 연결 키를 읽지 못했다: 키체인 오류 -25308")));
 }
 
+TEST_F(PhoneLinkPublishing, TheOutcomeOfASendUnderAFormerKeyCountsForNothing) {
+    for (const bool isFailure : {false, true}) {
+        database_.records.clear();
+        holdCalls();
+        startLinked();
+        publish(10);
+        time_.advance(0ms);
+        store(test::keyFilledWith('n'));
+        publisher().refreshKey();
+        if (isFailure) database_.fail(cloudError(5));
+        settle();
+        EXPECT_FALSE(publisher().isSending());
+        EXPECT_EQ(publisher().state(), State(Waiting{}));
+        EXPECT_EQ(publisher().schedule(), PublishSchedule());
+        database_.forgetCalls();
+        EXPECT_EQ(send(10), State(Sent{now()}));
+        EXPECT_EQ(database_.count(Kind::fetch), 1U);
+    }
+}
+
 TEST_F(PhoneLinkPublishing, TellsOfEachChangeOnce) {
     startLinked();
     std::vector<std::string> told;
