@@ -85,7 +85,10 @@ void HelperModel::connectClaude() {
         failures.push_back(nameOf(account) + ": " + result.error().message());
     }
     setAutoConnect(autoConnect_);
-    if (failures.size() < accounts.size()) noteClaudeConnection();
+    if (failures.size() < accounts.size()) {
+        noteClaudeConnection();
+        cloud().switchOn();
+    }
     if (!failures.empty()) {
         setFailure("Claude Code 설정을 바꾸지 못했어요:" + joinedLines(failures));
     }
@@ -263,9 +266,8 @@ QCoro::Task<> HelperModel::removeEverything() {
     failures.insert(failures.end(), notWithdrawn.begin(), notWithdrawn.end());
     if (launchAtLogin_) setLaunchAtLogin(false);
     refresh();
-    if (failures.empty()) {
-        assign(removedEverything_, true, &HelperModel::removedEverythingChanged);
-    } else {
+    assign(removedEverything_, failures.empty(), &HelperModel::removedEverythingChanged);
+    if (!failures.empty()) {
         setFailure("일부를 해제하지 못했어요. 다시 눌러 주세요." + joinedLines(failures));
     }
     assign(isRemoving_, false, &HelperModel::isRemovingChanged);
