@@ -70,6 +70,16 @@ TEST_F(HelperModelRemoval, WithNothingToRemoveSucceedsWithoutAText) {
     EXPECT_EQ(model().failure(), std::nullopt);
 }
 
+TEST_F(HelperModelRemoval, PassesOverFoldersWithoutOurStatusLine) {
+    writeStatusLine(makeClaudeFolder(".claude-own"), "~/bin/mine");
+    makeClaudeFolder(".claude-plain");
+    start();
+    const std::uint64_t wakeUps = time_.wakeUpCount();
+    removeAll();
+    EXPECT_TRUE(model().removedEverything());
+    EXPECT_EQ(time_.wakeUpCount(), wakeUps) << "it gives the thread up for those alone";
+}
+
 TEST_F(HelperModelRemoval, BeginsWithPausingDecliningAndSwitchingOff) {
     const std::vector<std::string> three = makeThree();
     const std::string fourth = makeClaudeFolder(".claude-d");
