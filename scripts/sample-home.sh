@@ -8,7 +8,7 @@ brimwatch=$root/build/release/bin/brimwatch
 # stays.
 in_home=(env -u BRIMWATCH_HOME -u BRIMWATCH_NEXT_STATUSLINE -u CLAUDE_CONFIG_DIR -u CODEX_HOME
     "HOME=$home" "XDG_CONFIG_HOME=$home/.config" "XDG_STATE_HOME=$home/.local/state"
-    "XDG_RUNTIME_DIR=$home/.runtime")
+    "XDG_DATA_HOME=$home/.local/share" "XDG_RUNTIME_DIR=$home/.runtime")
 if [[ -n ${XDG_RUNTIME_DIR:-} ]]; then
     in_home+=("DBUS_SESSION_BUS_ADDRESS=${DBUS_SESSION_BUS_ADDRESS:-unix:path=$XDG_RUNTIME_DIR/bus}")
     [[ -z ${WAYLAND_DISPLAY:-} || $WAYLAND_DISPLAY == /* ]] ||
@@ -21,6 +21,9 @@ make_sample_home() {
     rm -rf "$home"
     mkdir -p "$home/.runtime"
     chmod 700 "$home/.runtime"
+    # The keys of samples are no concern of the user's key store.
+    mkdir -p "$home/.local/state/brimwatch"
+    echo '"files"' >"$home/.local/state/brimwatch/keyStore.json"
     local name
     for name in "$@"; do
         mkdir -p "$(claude_folder "$name")"

@@ -19,9 +19,9 @@ AppDelegate::AppDelegate(Surroundings surroundings)
 }
 
 void AppDelegate::didFinishLaunching() {
-    popover_.setTextScale(surroundings_.appearance.textScale());
+    applyTextScale();
     connect(&surroundings_.appearance, &DesktopAppearance::textScaleChanged, this,
-            [this] { popover_.setTextScale(surroundings_.appearance.textScale()); });
+            &AppDelegate::applyTextScale);
     statusItem_.emplace(StatusItemController::Surroundings{.model = surroundings_.model,
                                                            .item = surroundings_.item,
                                                            .popover = popover_,
@@ -50,16 +50,38 @@ void AppDelegate::reopen() {
     setupWindow_.show();
 }
 
+void AppDelegate::showPhoneLink() {
+    if (!phoneLink_)
+        phoneLink_.emplace(surroundings_.model.phone(), surroundings_.clipboard,
+                           surroundings_.sleep);
+    if (!phoneLinkWindow_) phoneLinkWindow_ = surroundings_.makePhoneLinkWindow(*phoneLink_);
+    if (!phoneLinkWindow_) return;
+    phoneLinkWindow_->setAppearance(appearance());
+    phoneLinkWindow_->setTextScale(surroundings_.appearance.textScale());
+    phoneLinkWindow_->show();
+}
+
 void AppDelegate::openSetupFromPopover() {
     popover_.performClose();
     setupWindow_.show();
 }
 
-void AppDelegate::applyTheme() {
+Appearance AppDelegate::appearance() const {
     const AppTheme theme = surroundings_.model.appTheme();
     const bool isDark =
         theme == AppTheme::system ? surroundings_.appearance.isDark() : theme == AppTheme::dark;
-    setupWindow_.setAppearance(isDark ? Appearance::dark : Appearance::light);
+    return isDark ? Appearance::dark : Appearance::light;
+}
+
+void AppDelegate::applyTheme() {
+    setupWindow_.setAppearance(appearance());
+    if (phoneLinkWindow_) phoneLinkWindow_->setAppearance(appearance());
+}
+
+void AppDelegate::applyTextScale() {
+    const double scale = surroundings_.appearance.textScale();
+    popover_.setTextScale(scale);
+    if (phoneLinkWindow_) phoneLinkWindow_->setTextScale(scale);
 }
 
 }  // namespace brimwatch

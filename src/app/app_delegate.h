@@ -12,15 +12,19 @@
 #include <vector>
 
 #include "core/helper_model.h"
+#include "platform/clipboard.h"
 #include "platform/desktop_appearance.h"
 #include "platform/session_events.h"
 #include "platform/settings_store.h"
+#include "platform/sleep.h"
 #include "platform/status_item.h"
 #include "presentation/frame_timer.h"
 #include "presentation/lazy_popover.h"
 #include "presentation/menu_bar_rocket.h"
 #include "presentation/menu_content_model.h"
+#include "presentation/phone_link_sheet.h"
 #include "presentation/setup_window.h"
+#include "presentation/sheet_window.h"
 #include "presentation/status_item_controller.h"
 #include "presentation/status_item_menu.h"
 
@@ -35,6 +39,7 @@ class AppDelegate final : public QObject {
         StatusItem& item;
         SessionEvents& session;
         DesktopAppearance& appearance;
+        Clipboard& clipboard;
         FrameTimer& timer;
         std::function<Instant()> now;
         std::function<double()> uptime;  // as that of `StatusItemController`
@@ -44,6 +49,8 @@ class AppDelegate final : public QObject {
         std::optional<MenuBarRocket> rocket;
         // As for `LazyPopover`.
         std::function<std::unique_ptr<Popover>(MenuContentModel& content)> makePopover;
+        std::function<std::unique_ptr<SheetWindow>(PhoneLinkSheet& sheet)> makePhoneLinkWindow;
+        Sleep sleep;
         std::function<void()> quit;
     };
 
@@ -53,13 +60,18 @@ class AppDelegate final : public QObject {
     void didFinishLaunching();
     // The program was started again while it runs: shows the settings, whatever is open.
     void reopen();
+    // Nothing if its window can't be made; the next call tries again. The model needs a publisher
+    // for phones.
+    void showPhoneLink();
 
     Popover& popover() { return popover_; }
     SetupWindow& setupWindow() { return setupWindow_; }
 
   private:
     void openSetupFromPopover();
+    Appearance appearance() const;
     void applyTheme();
+    void applyTextScale();
 
     Surroundings surroundings_;
     SetupWindow setupWindow_;
@@ -67,6 +79,8 @@ class AppDelegate final : public QObject {
     LazyPopover popover_;
     std::optional<StatusItemController> statusItem_;
     std::optional<StatusItemMenu> menu_;
+    std::optional<PhoneLinkSheet> phoneLink_;
+    std::unique_ptr<SheetWindow> phoneLinkWindow_;
     QTimer themeSoon_;
 };
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "app/popover_library.h"
+#include "platform/linux/boot_sleep.h"
 #include "platform/posix/wall_clock.h"
 #include "presentation/menu_bar_rocket.h"
 #include "support/paths.h"
@@ -41,6 +42,7 @@ Desktop::Desktop(Application& application, const Environment& environment)
                  .item = item_,
                  .session = session_,
                  .appearance = appearance_,
+                 .clipboard = clipboard_,
                  .timer = frameTimer_,
                  .now = wallClock,
                  .uptime = uptime,
@@ -48,6 +50,8 @@ Desktop::Desktop(Application& application, const Environment& environment)
                  .screenHeights = screenHeights,
                  .rocket = sharedRocket(),
                  .makePopover = loadPopover,
+                 .makePhoneLinkWindow = loadPhoneLinkWindow,
+                 .sleep = sleepFor,
                  .quit = [] { QCoreApplication::quit(); }}),
       activation_(sessionBus_) {
     QObject::connect(&activation_, &InstanceActivation::activated, &delegate_,

@@ -9,6 +9,7 @@
 #include "platform/linux/instance_activation.h"
 #include "platform/linux/panel_item.h"
 #include "platform/linux/portal_appearance.h"
+#include "platform/linux/qt_clipboard.h"
 #include "presentation/frame_timer.h"
 #include "support/environment.h"
 
@@ -22,12 +23,15 @@ class Desktop {
     Desktop& operator=(const Desktop&) = delete;
     ~Desktop() = default;
 
+    AppDelegate& delegate() { return delegate_; }
+
   private:
     BusConnection sessionBus_;
     BusConnection systemBus_;
     PortalAppearance appearance_;
     DesktopSessionEvents session_;
     PanelItem item_;
+    QtClipboard clipboard_;
     EventLoopFrameTimer frameTimer_;
     AppDelegate delegate_;
     InstanceActivation activation_;

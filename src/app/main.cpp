@@ -71,7 +71,9 @@ int runOnDesktop(int count, char** arguments, const Options& options, Applicatio
     const QuitSignals quitSignals;
     Application application(std::move(launch), std::move(claim));
     connectIfAsked(options, application.model());
-    const Desktop desktop(application, environment);
+    Desktop desktop(application, environment);
+    // Does what the button of that name will do.
+    if (has(options, "--phone-link")) desktop.delegate().showPhoneLink();
     return QApplication::exec();
 }
 

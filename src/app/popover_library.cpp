@@ -18,16 +18,25 @@ QString libraryPath() {
                : QString();
 }
 
+template <class Function>
+Function* find(const char* name) {
+    QLibrary library(libraryPath());
+    auto* function = reinterpret_cast<Function*>(library.resolve(name));
+    if (function == nullptr)
+        qCWarning(viewsLog, "The views can't be loaded: %s", qUtf8Printable(library.errorString()));
+    return function;
+}
+
 }  // namespace
 
 std::unique_ptr<Popover> loadPopover(MenuContentModel& content) {
-    QLibrary library(libraryPath());
-    auto* make = reinterpret_cast<MakePopover*>(library.resolve("brimwatchMakePopover"));
-    if (make == nullptr) {
-        qCWarning(viewsLog, "The views can't be loaded: %s", qUtf8Printable(library.errorString()));
-        return nullptr;
-    }
-    return std::unique_ptr<Popover>(make(content));
+    auto* make = find<MakePopover>("brimwatchMakePopover");
+    return std::unique_ptr<Popover>(make == nullptr ? nullptr : make(content));
+}
+
+std::unique_ptr<SheetWindow> loadPhoneLinkWindow(PhoneLinkSheet& sheet) {
+    auto* make = find<MakePhoneLinkWindow>("brimwatchMakePhoneLinkWindow");
+    return std::unique_ptr<SheetWindow>(make == nullptr ? nullptr : make(sheet));
 }
 
 }  // namespace brimwatch

@@ -2,10 +2,16 @@
 
 #include "app/popover_library.h"
 #include "platform/linux/compositor.h"
+#include "presentation/views/phone_link_window.h"
 #include "presentation/views/quick_popover.h"
 
 extern "C" __attribute__((visibility("default"))) brimwatch::Popover* brimwatchMakePopover(
     brimwatch::MenuContentModel& content) {
     return new brimwatch::QuickPopover(
         {.content = content, .blendsWindows = brimwatch::compositorBlendsWindows});
+}
+
+extern "C" __attribute__((visibility("default"))) brimwatch::SheetWindow*
+brimwatchMakePhoneLinkWindow(brimwatch::PhoneLinkSheet& sheet) {
+    return new brimwatch::PhoneLinkWindow(sheet);
 }

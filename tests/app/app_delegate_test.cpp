@@ -6,6 +6,7 @@
 #include <QWindow>
 #include <memory>
 
+#include "harness/process.h"
 #include "model_fixture.h"
 #include "presentation/status_menu.h"
 #include "presentation/views/quick_popover.h"
@@ -17,27 +18,58 @@ namespace {
 using ::testing::IsEmpty;
 using ::testing::Not;
 
+class NoClipboard : public Clipboard {
+  public:
+    void setSecretText(const QString& /*text*/) override {}
+};
+
+struct SheetLog {
+    int showings = 0;
+    Appearance appearance = Appearance::light;
+    double textScale = 0;
+};
+
+class NotedSheet : public SheetWindow {
+  public:
+    explicit NotedSheet(SheetLog& log) : log_(log) {}
+
+    void show() override { ++log_.showings; }
+    void setAppearance(Appearance appearance) override { log_.appearance = appearance; }
+    void setTextScale(double scale) override { log_.textScale = scale; }
+
+  private:
+    SheetLog& log_;
+};
+
 class AppDelegateTest : public test::ModelFixture {
   protected:
+    std::unique_ptr<SheetWindow> makeSheet() {
+        if (!hasViews_) return nullptr;
+        ++sheetCount_;
+        return std::make_unique<NotedSheet>(sheet_);
+    }
     AppDelegate& launch() {
-        delegate_ = std::make_unique<AppDelegate>(
-            AppDelegate::Surroundings{.model = model(),
-                                      .defaults = defaults_,
-                                      .item = desktop_.item,
-                                      .session = desktop_.session,
-                                      .appearance = desktop_.appearance,
-                                      .timer = desktop_.timer,
-                                      .now = [this] { return now(); },
-                                      .uptime = [] { return 1000.0; },
-                                      .locale = "ko",
-                                      .screenHeights = [] { return std::vector<double>{800}; },
-                                      .rocket = sharedRocket(),
-                                      .makePopover =
-                                          [](MenuContentModel& content) {
-                                              return std::make_unique<QuickPopover>(
-                                                  QuickPopover::Surroundings{.content = content});
-                                          },
-                                      .quit = [this] { ++quitCount_; }});
+        delegate_ = std::make_unique<AppDelegate>(AppDelegate::Surroundings{
+            .model = model(),
+            .defaults = defaults_,
+            .item = desktop_.item,
+            .session = desktop_.session,
+            .appearance = desktop_.appearance,
+            .clipboard = clipboard_,
+            .timer = desktop_.timer,
+            .now = [this] { return now(); },
+            .uptime = [] { return 1000.0; },
+            .locale = "ko",
+            .screenHeights = [] { return std::vector<double>{800}; },
+            .rocket = sharedRocket(),
+            .makePopover =
+                [](MenuContentModel& content) {
+                    return std::make_unique<QuickPopover>(
+                        QuickPopover::Surroundings{.content = content});
+                },
+            .makePhoneLinkWindow = [this](PhoneLinkSheet&) { return makeSheet(); },
+            .sleep = time_.sleeper(),
+            .quit = [this] { ++quitCount_; }});
         delegate_->didFinishLaunching();
         return *delegate_;
     }
@@ -64,9 +96,39 @@ class AppDelegateTest : public test::ModelFixture {
     char* arguments_[2] = {name_.data(), nullptr};
     QApplication application_{argumentCount_, arguments_};
     test::ScriptedDesktop desktop_;
+    NoClipboard clipboard_;
+    SheetLog sheet_;
+    int sheetCount_ = 0;
+    bool hasViews_ = true;
     int quitCount_ = 0;
     std::unique_ptr<AppDelegate> delegate_;
 };
+
+TEST_F(AppDelegateTest, ShowsTheLinkToAPhoneInItsThemeAndTextSize) {
+    AppDelegate& delegate = launchConnected();
+    delegate.showPhoneLink();
+    EXPECT_EQ(sheet_.showings, 1);
+    EXPECT_EQ(sheet_.appearance, Appearance::light);
+    EXPECT_EQ(sheet_.textScale, desktop_.appearance.textScale());
+    model().setAppTheme(AppTheme::dark);
+    EXPECT_TRUE(test::eventually([this] {
+        QCoreApplication::processEvents();
+        return sheet_.appearance == Appearance::dark;
+    }));
+    delegate.showPhoneLink();
+    EXPECT_EQ(sheet_.showings, 2);
+    EXPECT_EQ(sheetCount_, 1);
+}
+
+TEST_F(AppDelegateTest, TriesAgainToShowTheLinkIfTheViewsWereNotThere) {
+    AppDelegate& delegate = launchConnected();
+    hasViews_ = false;
+    delegate.showPhoneLink();
+    EXPECT_EQ(sheet_.showings, 0);
+    hasViews_ = true;
+    delegate.showPhoneLink();
+    EXPECT_EQ(sheet_.showings, 1);
+}
 
 TEST_F(AppDelegateTest, AFirstRunShowsTheSettings) {
     start();

@@ -176,10 +176,10 @@ TEST_F(DesktopProgram, CollectsWithoutAPanelAndWithoutABus) {
     EXPECT_EQ(result.output, "");
 }
 
-TEST_F(DesktopProgram, APrivateUpdateCommandFailsAsOneOfAnotherBuild) {
+TEST_F(DesktopProgram, APrivateUpdateCommandFailsInABuildWithoutTheirKeychainGroup) {
     const test::ProcessResult result = test::runProcess(request({"--clear-private-updates"}));
     EXPECT_TRUE(result.exitedWith(2));
-    EXPECT_EQ(result.errorOutput, "Private update configuration failed.\n");
+    EXPECT_EQ(result.errorOutput, "Private update Keychain group is unavailable.\n");
     EXPECT_EQ(result.output, "");
 }
 

@@ -65,8 +65,8 @@ bool PhoneLinkWindow::makeWindow() {
     }
     QQuickItem* const root = window->rootObject();
     QQuickView* const view = window.get();
-    connect(root, SIGNAL(dismissed()), view, SLOT(close()));
-    connect(root, &QQuickItem::implicitHeightChanged, view, [view] { followSize(*view); });
+    QObject::connect(root, SIGNAL(dismissed()), view, SLOT(close()));
+    QObject::connect(root, &QQuickItem::implicitHeightChanged, view, [view] { followSize(*view); });
     followSize(*view);
     engine_ = std::move(engine);
     window_ = std::move(window);

@@ -2,11 +2,10 @@
 // shown; a sheet that can't be made is logged, and nothing opens. Main thread.
 #pragma once
 
-#include <QObject>
 #include <memory>
 
-#include "presentation/appearance.h"
 #include "presentation/phone_link_sheet.h"
+#include "presentation/sheet_window.h"
 
 class QQmlEngine;
 class QQuickView;
@@ -15,7 +14,7 @@ namespace brimwatch {
 
 class ViewPalette;
 
-class PhoneLinkWindow final : public QObject {
+class PhoneLinkWindow final : public SheetWindow {
   public:
     // The sheet must outlive the window.
     explicit PhoneLinkWindow(PhoneLinkSheet& sheet);
@@ -23,10 +22,9 @@ class PhoneLinkWindow final : public QObject {
     PhoneLinkWindow& operator=(const PhoneLinkWindow&) = delete;
     ~PhoneLinkWindow() override;
 
-    // Brings it forward if it is shown already.
-    void show();
-    void setAppearance(Appearance appearance);
-    void setTextScale(double scale);
+    void show() override;
+    void setAppearance(Appearance appearance) override;
+    void setTextScale(double scale) override;
 
     // None before the first showing.
     QQuickView* window() const { return window_.get(); }
