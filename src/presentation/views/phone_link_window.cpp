@@ -30,8 +30,9 @@ PhoneLinkWindow::PhoneLinkWindow(PhoneLinkSheet& sheet) : sheet_(sheet) {}
 PhoneLinkWindow::~PhoneLinkWindow() = default;
 
 void PhoneLinkWindow::show() {
+    // Before the window is made: it is placed by the size that it has then.
+    if (!window_ || !window_->isVisible()) sheet_.appear();
     if (!window_ && !makeWindow()) return;
-    if (!window_->isVisible()) sheet_.appear();
     window_->show();
     window_->raise();
     window_->requestActivate();
