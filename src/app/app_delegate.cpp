@@ -1,5 +1,6 @@
 #include "app/app_delegate.h"
 
+#include <QPointer>
 #include <utility>
 
 namespace brimwatch {
@@ -43,7 +44,15 @@ void AppDelegate::didFinishLaunching() {
             [this] { themeSoon_.start(0); });
     connect(&surroundings_.appearance, &DesktopAppearance::darkChanged, this,
             &AppDelegate::applyTheme);
+    surroundings_.updater.isBusy = [delegate = QPointer<AppDelegate>(this)] {
+        return delegate && delegate->isBusy();
+    };
     if (surroundings_.defaults.boolean(settings_key::setupDone) != true) setupWindow_.show();
+}
+
+bool AppDelegate::isBusy() const {
+    if (!surroundings_.isApplicationActive()) return false;
+    return setupWindow_.isVisible() || (statusItem_ && popover_.isShown());
 }
 
 void AppDelegate::reopen() {

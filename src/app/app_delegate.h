@@ -27,6 +27,7 @@
 #include "presentation/sheet_window.h"
 #include "presentation/status_item_controller.h"
 #include "presentation/status_item_menu.h"
+#include "updates/app_updater.h"
 
 namespace brimwatch {
 
@@ -52,6 +53,8 @@ class AppDelegate final : public QObject {
         std::function<std::unique_ptr<SheetWindow>(PhoneLinkSheet& sheet)> makePhoneLinkWindow;
         Sleep sleep;
         std::function<void()> quit;
+        AppUpdater& updater;
+        std::function<bool()> isApplicationActive;  // one of its windows has the focus
     };
 
     explicit AppDelegate(Surroundings surroundings);
@@ -72,6 +75,7 @@ class AppDelegate final : public QObject {
     Appearance appearance() const;
     void applyTheme();
     void applyTextScale();
+    bool isBusy() const;
 
     Surroundings surroundings_;
     SetupWindow setupWindow_;

@@ -6,7 +6,7 @@
 #include <thread>
 #include <utility>
 
-#include "platform/bundle_info.h"
+#include "app/program_path.h"
 #include "platform/linux/boot_sleep.h"
 #include "platform/linux/codex_process.h"
 #include "platform/posix/executable_path.h"
@@ -37,11 +37,6 @@ std::optional<Application::Folders> findFolders(const Environment& environment) 
     return Application::Folders{*std::move(home), *std::move(settings), *std::move(state)};
 }
 
-BundleInfo ownBundleInfo(FileSystem& files) {
-    const std::optional<std::string> executable = resolvedExecutablePath();
-    return executable ? readBundleInfo(files, bundleInfoPath(*executable)) : BundleInfo();
-}
-
 tl::unexpected<Application::Refusal> refused(Application::Refusal::Reason reason,
                                              std::string text) {
     return tl::unexpected(Application::Refusal{reason, std::move(text)});
@@ -64,6 +59,7 @@ tl::expected<Application::Claim, Application::Refusal> Application::claim(Enviro
 Application::Application(Launch launch, Claim claim)
     : launch_(std::move(launch)),
       locale_(timeLocale(launch_.environment)),
+      stateFolder_(claim.folders.state),
       lock_(std::move(claim.lock)),
       store_(files_, claim.folders.settingsFile, claim.folders.state),
       limitsChanged_(launch_.environment),

@@ -59,6 +59,10 @@ class Application {
     HelperModel& model() { return model_; }
     SettingsStore& defaults() { return store_; }
     FileSystem& files() { return files_; }
+    KeyStore& keys() { return keys_->store(); }
+    const std::string& stateFolder() const { return stateFolder_; }
+    // The path to name in anybody's configuration.
+    const std::string& executable() const { return launch_.executable; }
     // Of times and numbers.
     const std::string& locale() const { return locale_; }
 
@@ -68,6 +72,7 @@ class Application {
 
     Launch launch_;
     std::string locale_;
+    std::string stateFolder_;
     InstanceLock lock_;
     PosixFileSystem files_;
     JsonSettingsStore store_;

@@ -8,7 +8,9 @@
 #include <vector>
 
 #include "app/popover_library.h"
+#include "app/program_path.h"
 #include "platform/linux/boot_sleep.h"
+#include "platform/posix/executable_path.h"
 #include "platform/posix/wall_clock.h"
 #include "presentation/menu_bar_rocket.h"
 #include "support/paths.h"
@@ -28,6 +30,10 @@ std::vector<double> screenHeights() {
     return heights;
 }
 
+bool isApplicationActive() {
+    return QGuiApplication::applicationState() == Qt::ApplicationActive;
+}
+
 }  // namespace
 
 Desktop::Desktop(Application& application, const Environment& environment)
@@ -37,6 +43,15 @@ Desktop::Desktop(Application& application, const Environment& environment)
                   configFolder(environment, application.files(), ::getuid())),
       session_(sessionBus_, systemBus_, LoginSession::thisProcess(environment)),
       item_(environment, appearance_),
+      updates_({.files = application.files(),
+                .keys = application.keys(),
+                .info = ownBundleInfo(application.files()),
+                .stateFolder = application.stateFolder(),
+                .desktopProgram = resolvedExecutablePath().value_or(std::string()),
+                .command = application.executable(),
+                .locale = application.locale(),
+                .activateApplication = [this] { delegate_.reopen(); },
+                .quit = [] { QCoreApplication::quit(); }}),
       delegate_({.model = application.model(),
                  .defaults = application.defaults(),
                  .item = item_,
@@ -52,7 +67,9 @@ Desktop::Desktop(Application& application, const Environment& environment)
                  .makePopover = loadPopover,
                  .makePhoneLinkWindow = loadPhoneLinkWindow,
                  .sleep = sleepFor,
-                 .quit = [] { QCoreApplication::quit(); }}),
+                 .quit = [] { QCoreApplication::quit(); },
+                 .updater = updates_.updater(),
+                 .isApplicationActive = isApplicationActive}),
       activation_(sessionBus_) {
     QObject::connect(&activation_, &InstanceActivation::activated, &delegate_,
                      &AppDelegate::reopen);

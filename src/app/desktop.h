@@ -4,6 +4,7 @@
 
 #include "app/app_delegate.h"
 #include "app/application.h"
+#include "app/program_updates.h"
 #include "platform/linux/bus_connection.h"
 #include "platform/linux/desktop_session_events.h"
 #include "platform/linux/instance_activation.h"
@@ -24,6 +25,8 @@ class Desktop {
     ~Desktop() = default;
 
     AppDelegate& delegate() { return delegate_; }
+    // What to start in place of the program, once it has quit.
+    const std::optional<std::string>& successor() const { return updates_.successor(); }
 
   private:
     BusConnection sessionBus_;
@@ -33,6 +36,7 @@ class Desktop {
     PanelItem item_;
     QtClipboard clipboard_;
     EventLoopFrameTimer frameTimer_;
+    ProgramUpdates updates_;
     AppDelegate delegate_;
     InstanceActivation activation_;
 };

@@ -15,6 +15,7 @@
 #include "app/figures_printer.h"
 #include "app/private_update_role.h"
 #include "app/program_path.h"
+#include "app/successor.h"
 #include "platform/linux/instance_activation.h"
 #include "platform/linux/quit_signals.h"
 #include "platform/posix/ignored_signals.h"
@@ -48,19 +49,25 @@ void endWithoutDisplay(QtMsgType type, const QMessageLogContext& /*context*/,
     if (type == QtFatalMsg) ::_exit(complain("there is no display to show anything on"));
 }
 
+// How a role ends, and what takes its place then.
+struct Ending {
+    int status = EXIT_SUCCESS;
+    std::optional<std::string> successor;
+};
+
 // `--figures` prints what the panel and the cards show, and shows nothing itself.
-int printFigures(int count, char** arguments, const Options& options, Application::Launch launch,
-                 Application::Claim claim) {
+Ending printFigures(int count, char** arguments, const Options& options, Application::Launch launch,
+                    Application::Claim claim) {
     QCoreApplication loop(count, arguments);
     const QuitSignals quitSignals;
     Application application(std::move(launch), std::move(claim));
     const FiguresPrinter printer(application.model());
     connectIfAsked(options, application.model());
-    return QCoreApplication::exec();
+    return {.status = QCoreApplication::exec(), .successor = std::nullopt};
 }
 
-int runOnDesktop(int count, char** arguments, const Options& options, Application::Launch launch,
-                 Application::Claim claim) {
+Ending runOnDesktop(int count, char** arguments, const Options& options, Application::Launch launch,
+                    Application::Claim claim) {
     const Environment environment = launch.environment;
     const QtMessageHandler usual = qInstallMessageHandler(endWithoutDisplay);
     QApplication loop(count, arguments);
@@ -74,7 +81,8 @@ int runOnDesktop(int count, char** arguments, const Options& options, Applicatio
     Desktop desktop(application, environment);
     // Does what the button of that name will do.
     if (has(options, "--phone-link")) desktop.delegate().showPhoneLink();
-    return QApplication::exec();
+    const int status = QApplication::exec();
+    return {.status = status, .successor = desktop.successor()};
 }
 
 // The one that runs comes forward in place of this one.
@@ -117,7 +125,10 @@ int run(int count, char** arguments) {
     Application::Launch launch{
         .executable = *executable, .environment = environment, .defaultSignals = defaultSignals};
     const auto show = has(options, "--figures") ? printFigures : runOnDesktop;
-    return show(count, arguments, options, std::move(launch), *std::move(claim));
+    const Ending ending = show(count, arguments, options, std::move(launch), *std::move(claim));
+    if (!ending.successor) return ending.status;
+    becomeSuccessor(*ending.successor, defaultSignals);
+    return complain("can't start the new version " + *ending.successor);
 }
 
 }  // namespace

@@ -4,10 +4,9 @@
 
 #include <cstdlib>
 #include <memory>
-#include <optional>
 
+#include "app/program_path.h"
 #include "app/user_keys.h"
-#include "platform/posix/executable_path.h"
 #include "platform/posix/posix_file_system.h"
 #include "platform/posix/private_file.h"
 #include "platform/posix/standard_streams.h"
@@ -28,16 +27,15 @@ PrivateFileResult readConfigurationFile(const std::string& path) {
     return readPrivateFile(path, ::getuid(), privateUpdateSizeLimit);
 }
 
-BundleInfo ownBundleInfo() {
+BundleInfo readOwnInfo() {
     PosixFileSystem files;
-    const std::optional<std::string> executable = resolvedExecutablePath();
-    return executable ? readBundleInfo(files, bundleInfoPath(*executable)) : BundleInfo();
+    return ownBundleInfo(files);
 }
 
 MacPrivateUpdateResult<void> carryOut(Role role, const std::string& path, KeyStore& keys) {
     return role == Role::configurePrivateUpdates
-               ? configurePrivateUpdates(path, readConfigurationFile, ownBundleInfo, keys)
-               : clearPrivateUpdates(ownBundleInfo, keys);
+               ? configurePrivateUpdates(path, readConfigurationFile, readOwnInfo, keys)
+               : clearPrivateUpdates(readOwnInfo, keys);
 }
 
 }  // namespace

@@ -16,4 +16,9 @@ std::optional<std::string> commandPath(const std::string& argumentZero) {
     return joinPath(parentPath(parentPath(parentPath(*own))), "bin/brimwatch");
 }
 
+BundleInfo ownBundleInfo(FileSystem& files) {
+    const std::optional<std::string> executable = resolvedExecutablePath();
+    return executable ? readBundleInfo(files, bundleInfoPath(*executable)) : BundleInfo();
+}
+
 }  // namespace brimwatch

@@ -8,6 +8,7 @@
 
 #include "harness/process.h"
 #include "model_fixture.h"
+#include "platform/linux/scripted_key_store.h"
 #include "presentation/status_menu.h"
 #include "presentation/views/quick_popover.h"
 #include "scripted_desktop.h"
@@ -69,7 +70,9 @@ class AppDelegateTest : public test::ModelFixture {
                 },
             .makePhoneLinkWindow = [this](PhoneLinkSheet&) { return makeSheet(); },
             .sleep = time_.sleeper(),
-            .quit = [this] { ++quitCount_; }});
+            .quit = [this] { ++quitCount_; },
+            .updater = updater_,
+            .isApplicationActive = [this] { return isActive_; }});
         delegate_->didFinishLaunching();
         return *delegate_;
     }
@@ -101,6 +104,13 @@ class AppDelegateTest : public test::ModelFixture {
     int sheetCount_ = 0;
     bool hasViews_ = true;
     int quitCount_ = 0;
+    bool isActive_ = true;
+    test::ScriptedKeyStore keys_;
+    AppUpdater updater_{{.keys = keys_,
+                         .info = {},
+                         .makeEngine = nullptr,
+                         .sleep = nullptr,
+                         .activateApplication = [] {}}};
     std::unique_ptr<AppDelegate> delegate_;
 };
 
@@ -149,6 +159,35 @@ TEST_F(AppDelegateTest, TheModelIsAtWorkBeforeTheLaunch) {
     EXPECT_EQ(desktop_.item.showCount, 0);
     launch();
     EXPECT_EQ(desktop_.item.showCount, 1);
+}
+
+TEST_F(AppDelegateTest, TheUserIsBusyWhileTheSettingsOrThePopoverAreBeforeHim) {
+    AppDelegate& delegate = launchConnected();
+    EXPECT_FALSE(updater_.isBusy());
+    choose(StatusMenuCommand::open);
+    EXPECT_TRUE(updater_.isBusy());
+    delegate.popover().performClose();
+    EXPECT_FALSE(updater_.isBusy());
+    delegate.reopen();
+    EXPECT_TRUE(updater_.isBusy());
+    visibleWindows().front()->close();
+    EXPECT_FALSE(updater_.isBusy());
+}
+
+TEST_F(AppDelegateTest, NobodyIsBusyInAProgramThatIsNotActive) {
+    AppDelegate& delegate = launchConnected();
+    delegate.reopen();
+    choose(StatusMenuCommand::open);
+    isActive_ = false;
+    EXPECT_FALSE(updater_.isBusy());
+}
+
+TEST_F(AppDelegateTest, NobodyIsBusyBeforeTheLaunchAndAfterTheDelegate) {
+    EXPECT_FALSE(updater_.isBusy());
+    launchConnected().reopen();
+    ASSERT_TRUE(updater_.isBusy());
+    delegate_.reset();
+    EXPECT_FALSE(updater_.isBusy());
 }
 
 TEST_F(AppDelegateTest, AReopenShowsTheSettings) {
