@@ -408,13 +408,18 @@ TEST_F(AppcastUpdateEngineTest, AReadyUpdateSurvivesAFailureOfTheNextOne) {
     make();
     engine_->setAutomaticallyDownloadsUpdates(true);
     ASSERT_EQ(checkInBackground(), Phase::ready);
-    const std::string archive = test::makeArchive(test::entriesOf("3"));
-    server_->serve("/three", {.body = archive});
-    offerFile("3", "/three", archive.size(), key_.sign("other bytes"));
-    time_.advance(day);
-    ASSERT_TRUE(eventually([&] { return server_->countOf("/three") == 1; }));
-    EXPECT_EQ(outcome(), Phase::ready);
-    EXPECT_EQ(engine_->status().displayVersion, "v2");
+    const std::string other = test::makeArchive(test::entriesOf("1"));
+    server_->serve("/three", {.body = other});
+    std::size_t downloads = 0;
+    // The one fails before anything is unpacked, the other after it.
+    for (const std::string& signature : {key_.sign("other bytes"), key_.sign(other)}) {
+        offerFile("3", "/three", other.size(), signature);
+        time_.advance(day);
+        ++downloads;
+        ASSERT_TRUE(eventually([&] { return server_->countOf("/three") == downloads; }));
+        EXPECT_EQ(outcome(), Phase::ready);
+        EXPECT_EQ(engine_->status().displayVersion, "v2");
+    }
     engine_->install();
     EXPECT_EQ(installation_.current(), "2");
 }

@@ -145,6 +145,13 @@ TEST_F(UpdateFetchTest, NothingGoesOverAnythingButHttps) {
     EXPECT_THAT(server_->requests(), ::testing::IsEmpty());
 }
 
+TEST_F(UpdateFetchTest, CredentialsInAnAddressAreNotSent) {
+    server_->serve("/a", {.body = "content"});
+    for (const char* user : {"me:secret@", "me@"})
+        EXPECT_EQ(fetch("https://" + std::string(user) + server_->host() + "/a"), End::failed);
+    EXPECT_THAT(server_->requests(), ::testing::IsEmpty());
+}
+
 TEST_F(UpdateFetchTest, ACertificateThatNobodyVouchesForIsRefused) {
     server_.reset();
     UpdateServer unknown(UpdateServer::Trust::unknown);
