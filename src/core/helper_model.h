@@ -121,6 +121,8 @@ class HelperModel final : public QObject {
     bool revealsMenuCardOrder() const { return revealsMenuCardOrder_; }
     // The last failure that the user has to see.
     const std::optional<std::string>& failure() const { return failure_; }
+    // The user has seen it.
+    void clearFailure() { setFailure({}); }
 
     // Observed on their own.
     CloudPublisher& cloud() const { return *surroundings_.cloud; }
