@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <QDesktopServices>
 #include <chrono>
 #include <thread>
 #include <utility>
@@ -67,8 +68,9 @@ Application::Application(Launch launch, Claim claim)
                  launch_.executable, isExecutableFile),
       agentStopper_(launch_.environment),
       keys_(UserKeys::open(launch_.environment, files_)),
-      phones_(keys_->store(), ownBundleInfo(files_)),
-      model_(surroundings(claim.folders.home)) {}
+      phones_(keys_->store(), ownBundleInfo(files_), QDesktopServices::openUrl),
+      model_(surroundings(claim.folders.home)),
+      accountSignIn_(phones_.signIn(), model_) {}
 
 PublisherDoors Application::publisherDoors() {
     return {.records = phones_.records(),

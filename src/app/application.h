@@ -6,6 +6,7 @@
 #include <string>
 #include <tl/expected.hpp>
 
+#include "app/account_sign_in.h"
 #include "app/phone_services.h"
 #include "app/user_keys.h"
 #include "core/helper_model.h"
@@ -59,6 +60,7 @@ class Application {
     HelperModel& model() { return model_; }
     SettingsStore& defaults() { return store_; }
     FileSystem& files() { return files_; }
+    AccountSignIn& accountSignIn() { return accountSignIn_; }
     KeyStore& keys() { return keys_->store(); }
     const std::string& stateFolder() const { return stateFolder_; }
     // The path to name in anybody's configuration.
@@ -83,6 +85,7 @@ class Application {
     std::unique_ptr<UserKeys> keys_;
     PhoneServices phones_;
     HelperModel model_;
+    AccountSignIn accountSignIn_;
 };
 
 }  // namespace brimwatch

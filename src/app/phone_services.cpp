@@ -1,5 +1,7 @@
 #include "app/phone_services.h"
 
+#include <utility>
+
 namespace brimwatch {
 namespace {
 
@@ -12,10 +14,15 @@ CloudContainer containerOf(const BundleInfo& bundleInfo) {
 
 }  // namespace
 
-PhoneServices::PhoneServices(KeyStore& keys, const BundleInfo& bundleInfo)
+PhoneServices::PhoneServices(KeyStore& keys, const BundleInfo& bundleInfo,
+                             std::function<bool(const QUrl& page)> openUrl)
     : right_(bundleInfo.canPublish() ? PublishingRight::granted : PublishingRight::missing),
       container_(containerOf(bundleInfo)),
       userToken_(keys, container_),
-      records_(container_, userToken_) {}
+      records_(container_, userToken_),
+      signIn_({.container = container_,
+               .returnAddress = bundleInfo.cloudSignInRedirect,
+               .openUrl = std::move(openUrl)},
+              userToken_) {}
 
 }  // namespace brimwatch

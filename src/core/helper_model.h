@@ -123,6 +123,8 @@ class HelperModel final : public QObject {
     const std::optional<std::string>& failure() const { return failure_; }
     // The user has seen it.
     void clearFailure() { setFailure({}); }
+    // Of something that others do for the user.
+    void reportFailure(std::string text) { setFailure(std::move(text)); }
 
     // Observed on their own.
     CloudPublisher& cloud() const { return *surroundings_.cloud; }

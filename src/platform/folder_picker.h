@@ -20,8 +20,8 @@ class FolderPicker {
     FolderPicker& operator=(const FolderPicker&) = delete;
     virtual ~FolderPicker() = default;
 
-    // Asks in front of the window, hidden folders included, and returns at once. `picked` is called
-    // once, later, unless the picker goes first; a question that is still open is dropped.
+    // Asks in front of the window and returns at once. `picked` is called once, later, unless the
+    // picker goes first; a question that is still open is dropped.
     virtual void pick(QWindow& parent, const QString& title, Picked picked) = 0;
 };
 

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <iterator>
 #include <utility>
+#include <variant>
 
 #include "platform/spawn.h"
 #include "presentation/menu_cards.h"
@@ -41,6 +42,8 @@ MenuContentModel::MenuContentModel(Surroundings surroundings)
     observe(&HelperModel::receivedCodexChanged);
     observe(&HelperModel::usageDisplayChanged);
     observe(&HelperModel::recentUsagePeriodChanged);
+    connect(&surroundings_.model.cloud(), &CloudPublisher::stateChanged, this,
+            &MenuContentModel::scheduleRebuild);
 }
 
 void MenuContentModel::observe(void (HelperModel::*changed)()) {
@@ -78,7 +81,19 @@ void MenuContentModel::rebuild() {
     assign(canReorder_, cards_.size() >= 2, &MenuContentModel::canReorderChanged);
     assign(listHeight_, cardListHeight(surroundings_.screenHeights()),
            &MenuContentModel::listHeightChanged);
+    readSending();
     scheduleCountdown(now);
+}
+
+void MenuContentModel::readSending() {
+    const CloudPublisher::State& state = surroundings_.model.cloud().state();
+    const QString text = translated(CloudPublisher::displayText(state, surroundings_.locale));
+    const bool isFailure = std::holds_alternative<publication::Failed>(state) ||
+                           std::holds_alternative<publication::NoAccount>(state);
+    if (sendingText_ == text && isSendingFailure_ == isFailure) return;
+    sendingText_ = text;
+    isSendingFailure_ = isFailure;
+    emit sendingChanged();
 }
 
 void MenuContentModel::countDown() {

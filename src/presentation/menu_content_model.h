@@ -27,6 +27,9 @@ class MenuContentModel final : public QObject {
     Q_PROPERTY(bool canReorder READ canReorder NOTIFY canReorderChanged)
     Q_PROPERTY(double listHeight READ listHeight NOTIFY listHeightChanged)
     Q_PROPERTY(QString emptyText READ emptyText CONSTANT)
+    // How it is with sending to iPhones, and whether the user has to do something about it.
+    Q_PROPERTY(QString sendingText READ sendingText NOTIFY sendingChanged)
+    Q_PROPERTY(bool isSendingFailure READ isSendingFailure NOTIFY sendingChanged)
 
   public:
     // What is referred to must outlive the content.
@@ -48,6 +51,8 @@ class MenuContentModel final : public QObject {
     // The most height for all cards, in points.
     double listHeight() const { return listHeight_; }
     static QString emptyText();
+    const QString& sendingText() const { return sendingText_; }
+    bool isSendingFailure() const { return isSendingFailure_; }
 
     // To be called before the popover appears, and after it has gone.
     void setShown(bool shown);
@@ -61,6 +66,7 @@ class MenuContentModel final : public QObject {
     void isEmptyChanged();
     void canReorderChanged();
     void listHeightChanged();
+    void sendingChanged();
 
   private:
     using Changed = void (MenuContentModel::*)();
@@ -68,6 +74,7 @@ class MenuContentModel final : public QObject {
     void observe(void (HelperModel::*changed)());
     void scheduleRebuild();
     void rebuild();
+    void readSending();
     void countDown();
     void scheduleCountdown(Instant now);
 
@@ -86,6 +93,8 @@ class MenuContentModel final : public QObject {
     bool isEmpty_ = true;
     bool canReorder_ = false;
     double listHeight_;
+    QString sendingText_;
+    bool isSendingFailure_ = false;
     QTimer modelChanged_{this};
     QTimer period_{this};
     QTimer countdown_{this};

@@ -25,7 +25,8 @@ const BundleInfo complete = {.keychainAccessGroup = "group",
 class PhoneServicesTest : public ::testing::Test {
   protected:
     std::unique_ptr<PhoneServices> make(const BundleInfo& bundleInfo) {
-        return std::make_unique<PhoneServices>(keys_->store(), bundleInfo);
+        return std::make_unique<PhoneServices>(keys_->store(), bundleInfo,
+                                               [](const QUrl&) { return false; });
     }
 
     int argumentCount_ = 1;

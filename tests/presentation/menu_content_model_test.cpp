@@ -13,8 +13,12 @@
 #include "card_examples.h"
 #include "harness/random.h"
 #include "harness/time_zone.h"
+#include "log_capture.h"
 #include "model_fixture.h"
 #include "presentation/menu_cards.h"
+#include "publish/limits_cloud.h"
+#include "publish/publish_examples.h"
+#include "publish/publishers/cloud_failure.h"
 #include "virtual_timers.h"
 
 namespace brimwatch {
@@ -390,6 +394,90 @@ TEST_F(MenuContent, OpensTheSettingsOnTheOrderOfTheCards) {
     EXPECT_TRUE(model().revealsMenuCardOrder());
     EXPECT_TRUE(wasRevealed) << "after the settings opened";
     EXPECT_THAT(calls_, ::testing::ElementsAre("openSetup"));
+}
+
+QCoro::Task<CloudRecord> savedRecord(ShareToSave /*share*/) {
+    co_return CloudRecord{};
+}
+
+QCoro::Task<CloudRecord> refusedWithoutAccount(ShareToSave /*share*/) {
+    throw LimitsCloud::Failure(LimitsCloud::Failure::Reason::noAccount);
+    co_return CloudRecord{};
+}
+
+QCoro::Task<CloudRecord> refusedWithoutNetwork(ShareToSave /*share*/) {
+    throw CloudFailure(CloudError{.code = cloud_error_code::networkFailure});
+    co_return CloudRecord{};
+}
+
+class MenuContentSending : public MenuContent {
+  protected:
+    // With one account, and a save that ends so.
+    void startSending(QCoro::Task<CloudRecord> (*save)(ShareToSave)) {
+        makeRegisteredFolder(".claude-work");
+        writeLimits("claude-work", 60, 28);
+        HelperModel::Surroundings around = surroundings();
+        around.cloud = std::make_unique<CloudPublisher>(
+            CloudPublisher::Surroundings{.defaults = &defaults_,
+                                         .right = PublishingRight::granted,
+                                         .now = [this] { return now(); },
+                                         .sleep = time_.sleeper(),
+                                         .loadKey = [] { return test::keyFilledWith('k'); },
+                                         .save = save,
+                                         .remove = []() -> QCoro::Task<> { co_return; }});
+        start(std::move(around));
+        model().reload();
+    }
+    void finishSending() {
+        while (time_.wakeNext())
+            QCoreApplication::processEvents();
+        settle();
+    }
+
+    const test::LogCapture quiet_;
+};
+
+TEST_F(MenuContentSending, TellsThatADevelopmentBuildSendsNothing) {
+    startWithAccount();
+    makeShownContent();
+    EXPECT_EQ(content_->sendingText(), "개발용 빌드라 iPhone으로 보내지 않아요.");
+    EXPECT_FALSE(content_->isSendingFailure());
+}
+
+TEST_F(MenuContentSending, TellsWhenItWasSent) {
+    startSending(savedRecord);
+    makeShownContent();
+    EXPECT_EQ(content_->sendingText(), "보낼 한도를 기다리고 있어요.");
+    EXPECT_FALSE(content_->isSendingFailure());
+    QSignalSpy changes(content_.get(), &MenuContentModel::sendingChanged);
+    finishSending();
+    EXPECT_TRUE(content_->sendingText().startsWith("iPhone으로 보냄: "));
+    EXPECT_FALSE(content_->isSendingFailure());
+    EXPECT_EQ(changes.count(), 1);
+}
+
+TEST_F(MenuContentSending, WarnsWhereNobodyIsSignedIn) {
+    startSending(refusedWithoutAccount);
+    makeShownContent();
+    finishSending();
+    EXPECT_EQ(content_->sendingText(), "시스템 설정에서 Apple 계정에 로그인해 주세요.");
+    EXPECT_TRUE(content_->isSendingFailure());
+}
+
+TEST_F(MenuContentSending, WarnsWhereSendingFailed) {
+    startSending(refusedWithoutNetwork);
+    makeShownContent();
+    finishSending();
+    EXPECT_EQ(content_->sendingText(), "인터넷에 연결되지 않았어요. 연결되면 다시 보내요.");
+    EXPECT_TRUE(content_->isSendingFailure());
+}
+
+TEST_F(MenuContentSending, TellsThatItIsOff) {
+    defaults_.put("cloudEnabled", "false");
+    startSending(savedRecord);
+    makeShownContent();
+    EXPECT_EQ(content_->sendingText(), "iPhone으로 보내지 않아요.");
+    EXPECT_FALSE(content_->isSendingFailure());
 }
 
 TEST_F(MenuContent, OffersItselfToViews) {

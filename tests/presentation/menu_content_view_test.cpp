@@ -31,7 +31,10 @@ TEST_F(MenuContentView, StacksLogoCardsAndActions) {
     EXPECT_EQ(place("cards").left(), 12);
     EXPECT_EQ(place("cards").width(), 246);
     EXPECT_EQ(place("cards").top() - place("logo").bottom(), 12);
-    EXPECT_EQ(place("menu.receiveNow").top() - place("cards").bottom(), 12);
+    EXPECT_EQ(place("sending").left(), 12);
+    EXPECT_EQ(place("sending").width(), 246);
+    EXPECT_EQ(place("sending").top() - place("cards").bottom(), 12);
+    EXPECT_EQ(place("menu.receiveNow").top() - place("sending").bottom(), 12);
     EXPECT_EQ(root().height() - place("menu.receiveNow").bottom(), 12);
 }
 
@@ -45,6 +48,18 @@ TEST_F(MenuContentView, KeepsTheShapeOfItsLogo) {
     popover_->setAppearance(Appearance::dark);
     EXPECT_NE(logo.property("source").toString(), light);
     EXPECT_GT(logo.implicitWidth(), 40);
+}
+
+TEST_F(MenuContentView, TellsHowItIsWithSendingToPhones) {
+    show(test::cards(1));
+    QQuickItem& sending = item("sending");
+    EXPECT_EQ(sending.property("text").toString(), "개발용 빌드라 iPhone으로 보내지 않아요.");
+    EXPECT_EQ(spoken(&sending),
+              (Spoken{QAccessible::StaticText,
+                      QStringLiteral("개발용 빌드라 iPhone으로 보내지 않아요.")}));
+    EXPECT_EQ(sending.property("color").value<QColor>(),
+              colors::secondaryLabel.in(Appearance::light));
+    EXPECT_EQ(sending.property("font").value<QFont>().pixelSize(), 12);
 }
 
 TEST_F(MenuContentView, PutsTheCardsBelowEachOther) {

@@ -48,7 +48,7 @@ QString systemBusAddress(const Environment& environment) {
 QDBusMessage BusCall::message() const {
     QDBusMessage message = QDBusMessage::createMethodCall(service, path, interface, method);
     message.setArguments(arguments);
-    message.setAutoStartService(false);
+    message.setAutoStartService(start == Start::ifNeeded);
     return message;
 }
 

@@ -2,8 +2,8 @@
 //
 // A bus that can't be had is tried again after pauses that grow, so that a desktop without one
 // costs a few wake-ups an hour. The death of a bus is told by a signal and ends nothing else. No
-// call starts a service, and none waits: an answer comes from the event loop, and a service that
-// gives none counts as one that fails after `Timing::answer`. Main thread.
+// call waits: an answer comes from the event loop, and a service that gives none counts as one that
+// fails after `Timing::answer`. Main thread.
 #pragma once
 
 #include <QDBusConnection>
@@ -26,13 +26,16 @@ QString sessionBusAddress(const Environment& environment);
 QString systemBusAddress(const Environment& environment);
 
 struct BusCall {
+    enum class Start { never, ifNeeded };  // of the service
+
     QString service;
     QString path;
     QString interface;
     QString method;
     QVariantList arguments = {};
+    Start start = Start::never;
 
-    QDBusMessage message() const;  // that does not start the service
+    QDBusMessage message() const;
 };
 
 struct BusSignal {

@@ -63,6 +63,15 @@ Rectangle {
             text: root.model.emptyText
             visible: root.model.isEmpty
         }
+        PlainText {
+            Layout.fillWidth: true
+            color: root.model.isSendingFailure ? ViewPalette.levelWarning : ViewPalette.secondaryLabel
+            elide: Text.ElideNone
+            font.pixelSize: Math.round(ViewPalette.captionSize)
+            objectName: "sending"
+            text: root.model.sendingText
+            wrapMode: Text.Wrap
+        }
         GridLayout {
             Layout.alignment: Qt.AlignHCenter
             Layout.maximumWidth: column.width

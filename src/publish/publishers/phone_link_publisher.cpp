@@ -182,6 +182,11 @@ void PhoneLinkPublisher::showLink() {
     publishLatest();
 }
 
+void PhoneLinkPublisher::sendAnew() {
+    schedule_ = {};
+    if (canPublish()) setState(restingState());
+}
+
 // Waits until no send is under way.
 QCoro::Task<> PhoneLinkPublisher::endOfSend(Publisher publisher) {
     while (publisher && publisher->sending_) {

@@ -93,6 +93,8 @@ class PhoneLinkPublisher final : public QObject {
 
     // Makes sure that there is a key, and goes on sending. Throws what the key store throws.
     void showLink();
+    // The next limits are sent at once: what stood in the way has just been mended.
+    void sendAnew();
     // Puts another key in the place of this one and deletes the former record, if it can. Throws
     // what the key store throws; the former key is in force then.
     QCoro::Task<> rotate();
