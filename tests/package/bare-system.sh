@@ -60,12 +60,19 @@ on_desktop() {
     }
 }
 
-# fingerprint: of each file in the user's home: its kind, mode and owner, and what is in it.
+# fingerprint: of each file in the user's home: its kind, mode and owner, and what is in it. In the
+# settings of Claude Code that are the values, as they are spelled: whoever writes such a file may
+# lay it out anew.
 fingerprint() {
     (
         cd "$system$owner_home"
         find . -mindepth 1 ! -type f -printf '%P %y %m %U:%G %l\n'
-        find . -type f -printf '%P %y %m %U:%G ' -exec sh -c 'sha256sum <"$1"' sh {} \;
+        find . -type f ! -path './.claude*/settings.json' -printf '%P %y %m %U:%G ' \
+            -exec sh -c 'sha256sum <"$1"' sh {} \;
+        find . -type f -path './.claude*/settings.json' -printf '%P %y %m %U:%G ' -exec python3 -c '
+import json, sys
+spelled = {"parse_float": "float {}".format, "parse_int": "int {}".format}
+print(json.dumps(json.load(open(sys.argv[1]), **spelled), sort_keys=True))' {} \;
     ) | LC_ALL=C sort
 }
 
