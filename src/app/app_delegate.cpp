@@ -7,10 +7,10 @@ namespace brimwatch {
 
 AppDelegate::AppDelegate(Surroundings surroundings)
     : surroundings_(std::move(surroundings)),
+      translator_(surroundings_.model),
       setupWindow_(surroundings_.quit),
       content_({.model = surroundings_.model,
                 .now = surroundings_.now,
-                .locale = surroundings_.locale,
                 .screenHeights = surroundings_.screenHeights,
                 .openSetup = [this] { openSetupFromPopover(); },
                 .quit = surroundings_.quit}),

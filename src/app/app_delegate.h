@@ -19,6 +19,7 @@
 #include "platform/sleep.h"
 #include "platform/status_item.h"
 #include "presentation/frame_timer.h"
+#include "presentation/language_translator.h"
 #include "presentation/lazy_popover.h"
 #include "presentation/menu_bar_rocket.h"
 #include "presentation/menu_content_model.h"
@@ -78,6 +79,7 @@ class AppDelegate final : public QObject {
     bool isBusy() const;
 
     Surroundings surroundings_;
+    LanguageTranslator translator_;  // before all that shows texts
     SetupWindow setupWindow_;
     MenuContentModel content_;
     LazyPopover popover_;

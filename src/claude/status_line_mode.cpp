@@ -48,10 +48,10 @@ std::optional<LimitsFile::Window> parseWindow(const JsonValue& value) {
     return window;
 }
 
-std::string percentageText(double usedPercentage, UsageDisplay display) {
+std::string percentageText(double usedPercentage, UsageDisplay display, const Language& language) {
     const int left = static_cast<int>(std::clamp(std::floor(100.0 - usedPercentage), 0.0, 100.0));
-    return display == UsageDisplay::used ? std::to_string(100 - left) + "% 사용"
-                                         : std::to_string(left) + "% 남음";
+    const int shown = display == UsageDisplay::used ? 100 - left : left;
+    return std::to_string(shown) + "% " + translatedText(shortSuffix(display), language);
 }
 
 // The characters that end a line: U+000A to U+000D, U+0085, U+2028 and U+2029.
@@ -78,7 +78,7 @@ void StatusLineMode::run() const {
     const ParsedLimits limits = parseRateLimits(input);
     if (!limits.empty()) store(limits);
     const std::optional<std::string> output = nextStatusLine(input);
-    writeOutput((output ? *output : statusText(limits, readUsageDisplay(), now())) + '\n');
+    writeOutput((output ? *output : ownStatusLine(limits)) + '\n');
 }
 
 void StatusLineMode::store(const ParsedLimits& limits) const {
@@ -104,15 +104,23 @@ std::optional<std::string> StatusLineMode::nextStatusLine(std::string_view input
     return runNextStatusLine(std::string(*command), input, nextStatusLineTimeOut);
 }
 
-UsageDisplay StatusLineMode::readUsageDisplay() const {
+std::string StatusLineMode::ownStatusLine(const ParsedLimits& limits) const {
+    const JsonObject settings = readSettings();
+    const auto raw = [&settings](std::string_view key) {
+        const JsonValue* value = settings.find(key);
+        const std::string* text = value != nullptr ? value->string() : nullptr;
+        return text != nullptr ? std::string_view(*text) : std::string_view();
+    };
+    return statusText(limits, usageDisplayFromRawString(raw("usageDisplay")), now(),
+                      languageOfCode(raw("language")));
+}
+
+JsonObject StatusLineMode::readSettings() const {
     const std::optional<std::string> path = settingsFile(environment, files, userId);
-    if (!path) return UsageDisplay::remaining;
+    if (!path) return {};
     const FileResult<std::string> bytes = files.read(*path, settingsSizeLimit);
-    if (!bytes) return UsageDisplay::remaining;
-    const std::optional<JsonObject> settings = parseJsonMembers(*bytes, {"usageDisplay"});
-    const JsonValue* display = settings ? settings->find("usageDisplay") : nullptr;
-    const std::string* raw = display != nullptr ? display->string() : nullptr;
-    return usageDisplayFromRawString(raw != nullptr ? *raw : std::string_view());
+    if (!bytes) return {};
+    return parseJsonMembers(*bytes, {"language", "usageDisplay"}).value_or(JsonObject());
 }
 
 std::string StatusLineMode::accountArgument(std::span<const std::string_view> arguments,
@@ -139,7 +147,7 @@ StatusLineMode::ParsedLimits StatusLineMode::parseRateLimits(std::string_view in
 }
 
 std::string StatusLineMode::statusText(const ParsedLimits& limits, UsageDisplay display,
-                                       Instant now) {
+                                       Instant now, const Language& language) {
     constexpr std::array<std::pair<std::string_view, std::string_view>, 2> labels = {
         {{sevenDay, "주간"}, {fiveHour, "5시간"}}};
     std::string text;
@@ -148,14 +156,13 @@ std::string StatusLineMode::statusText(const ParsedLimits& limits, UsageDisplay 
         if (found == limits.end()) continue;
         const LimitsFile::Window& window = found->second;
         if (!text.empty()) text += " · ";
-        text += label;
-        text += ' ';
+        text += translatedText(label, language) + ' ';
         if (!window.resetsAt || *window.resetsAt > wholeUnixSeconds(now)) {
-            text += percentageText(window.usedPercentage, display);
+            text += percentageText(window.usedPercentage, display, language);
         } else if (key == fiveHour && limits.contains(sevenDay)) {
-            text += "새 값 대기";
+            text += translatedText("새 값 대기", language);
         } else {
-            text += "초기화됨";
+            text += translatedText("초기화됨", language);
         }
     }
     return text;

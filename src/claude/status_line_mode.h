@@ -20,6 +20,8 @@
 #include "support/environment.h"
 #include "support/file_system.h"
 #include "support/instant.h"
+#include "support/json_value.h"
+#include "support/language.h"
 
 namespace brimwatch {
 
@@ -55,7 +57,8 @@ struct StatusLineMode {
     static ParsedLimits parseRateLimits(std::string_view input);
 
     // The program's own line, the weekly window first; empty for no limits.
-    static std::string statusText(const ParsedLimits& limits, UsageDisplay display, Instant now);
+    static std::string statusText(const ParsedLimits& limits, UsageDisplay display, Instant now,
+                                  const Language& language = allLanguages().front());
 
     // The output of the user's own status line command without newlines at its ends. Nothing if
     // it failed to end on its own, or printed something other than UTF-8.
@@ -65,7 +68,8 @@ struct StatusLineMode {
   private:
     void store(const ParsedLimits& limits) const;
     std::optional<std::string> nextStatusLine(std::string_view input) const;
-    UsageDisplay readUsageDisplay() const;
+    std::string ownStatusLine(const ParsedLimits& limits) const;
+    JsonObject readSettings() const;
 };
 
 }  // namespace brimwatch

@@ -73,6 +73,7 @@ void HelperModel::readSettings() {
         defaults.integer(settings_key::recentUsagePeriod).value_or(0));
     appTheme_ =
         appThemeFromRawString(defaults.string(settings_key::appTheme).value_or(std::string()));
+    language_ = &languageOfCode(defaults.string(settings_key::language).value_or(std::string()));
 }
 
 void HelperModel::makeAbsentPublishers() {
@@ -185,6 +186,11 @@ void HelperModel::setRecentUsagePeriod(RecentUsagePeriod period) {
 void HelperModel::setAppTheme(AppTheme theme) {
     assign(appTheme_, theme, &HelperModel::appThemeChanged);
     surroundings_.defaults.setString(settings_key::appTheme, rawString(appTheme_));
+}
+
+void HelperModel::setLanguage(const Language& language) {
+    assign(language_, &language, &HelperModel::languageChanged);
+    surroundings_.defaults.setString(settings_key::language, language.code);
 }
 
 void HelperModel::setRevealsMenuCardOrder(bool reveals) {

@@ -46,6 +46,7 @@
 #include "publish/publishers/cloud_publisher.h"
 #include "publish/publishers/phone_link_publisher.h"
 #include "support/environment.h"
+#include "support/language.h"
 
 namespace brimwatch {
 
@@ -113,6 +114,8 @@ class HelperModel final : public QObject {
     UsageDisplay usageDisplay() const { return usageDisplay_; }
     RecentUsagePeriod recentUsagePeriod() const { return recentUsagePeriod_; }
     AppTheme appTheme() const { return appTheme_; }
+    // In which the program speaks to the user; the model itself holds the Korean keys.
+    const Language& language() const { return *language_; }
     bool claudeUsagePaused() const { return claudeUsagePaused_; }
     bool codexEnabled() const { return codexEnabled_; }
     bool launchAtLogin() const { return launchAtLogin_; }
@@ -138,6 +141,8 @@ class HelperModel final : public QObject {
     // `limits` in the order of the cards.
     std::vector<SubscriptionLimits> menuLimits() const;
     bool isCodexAccountOn(const CodexAccounts::Account& account) const;
+    // Of times: in the language, as they are written in the region of the user.
+    std::string locale() const { return localeOf(language(), surroundings_.locale); }
     // The credit row of a card.
     std::optional<CodexCredits::Text> creditText(const SubscriptionLimits& limits) const;
     bool usesSystemServices() const { return surroundings_.systemServices.has_value(); }
@@ -161,6 +166,7 @@ class HelperModel final : public QObject {
     void setUsageDisplay(UsageDisplay display);
     void setRecentUsagePeriod(RecentUsagePeriod period);
     void setAppTheme(AppTheme theme);
+    void setLanguage(const Language& language);  // one of `allLanguages`
     void setRevealsMenuCardOrder(bool reveals);
     // A failure shows in `failure`; `launchAtLogin` tells what the session says.
     void setLaunchAtLogin(bool on);
@@ -220,6 +226,7 @@ class HelperModel final : public QObject {
     void usageDisplayChanged();
     void recentUsagePeriodChanged();
     void appThemeChanged();
+    void languageChanged();
     void claudeUsagePausedChanged();
     void codexEnabledChanged();
     void launchAtLoginChanged();
@@ -312,6 +319,7 @@ class HelperModel final : public QObject {
     UsageDisplay usageDisplay_ = UsageDisplay::remaining;
     RecentUsagePeriod recentUsagePeriod_ = RecentUsagePeriod::off;
     AppTheme appTheme_ = AppTheme::system;
+    const Language* language_ = &allLanguages().front();
     bool claudeUsagePaused_ = false;
     bool codexEnabled_ = true;
     bool launchAtLogin_ = false;

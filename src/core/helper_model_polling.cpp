@@ -108,7 +108,7 @@ void HelperModel::receive(const CodexAccounts::Account& account,
                            .now = now,
                            .folder = limitsFolder(surroundings_.home),
                            .lockWait = LockWait::atMostTwoSeconds}));
-    setCodexAccountStatus(account.directory, codexReceivedText(now, surroundings_.locale));
+    setCodexAccountStatus(account.directory, codexReceivedText(now, locale()));
     refresh();
 }
 

@@ -11,9 +11,11 @@
 namespace brimwatch {
 
 std::string shortTimeText(Instant instant, const std::string& locale) {
+    // By the hours of the region, whose language may be another one.
+    UErrorCode error = U_ZERO_ERROR;
     const std::unique_ptr<icu::DateFormat> format(
-        icu::DateFormat::createTimeInstance(icu::DateFormat::kShort, numberLocale(locale)));
-    if (!format) return {};
+        icu::DateFormat::createInstanceForSkeleton("jmm", numberLocale(locale), error));
+    if (U_FAILURE(error) || !format) return {};
     format->adoptTimeZone(localZone(instant).release());
     icu::UnicodeString text;
     format->format(unixSeconds(instant) * 1000, text);

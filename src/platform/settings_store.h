@@ -30,6 +30,7 @@ inline constexpr std::string_view codexEnabled = "codexEnabled";
 inline constexpr std::string_view recentUsagePeriod = "recentUsagePeriod";
 inline constexpr std::string_view usageDisplay = "usageDisplay";
 inline constexpr std::string_view appTheme = "appTheme";
+inline constexpr std::string_view language = "language";
 inline constexpr std::string_view cloudEnabled = "cloudEnabled";
 inline constexpr std::string_view phoneLinkPaused = "phoneLinkPaused";
 // What the program learnt.

@@ -42,6 +42,9 @@ MenuContentModel::MenuContentModel(Surroundings surroundings)
     observe(&HelperModel::receivedCodexChanged);
     observe(&HelperModel::usageDisplayChanged);
     observe(&HelperModel::recentUsagePeriodChanged);
+    observe(&HelperModel::languageChanged);
+    connect(&surroundings_.model, &HelperModel::languageChanged, this,
+            &MenuContentModel::languageChanged);
     connect(&surroundings_.model.cloud(), &CloudPublisher::stateChanged, this,
             &MenuContentModel::scheduleRebuild);
 }
@@ -73,7 +76,7 @@ void MenuContentModel::scheduleRebuild() {
 
 void MenuContentModel::rebuild() {
     const Instant now = surroundings_.now();
-    cards_ = menuCards(surroundings_.model, now, surroundings_.locale);
+    cards_ = menuCards(surroundings_.model, now, surroundings_.model.locale());
     std::vector<UsageCardContent> contents;
     std::transform(cards_.begin(), cards_.end(), std::back_inserter(contents), content);
     cardsModel_.setCards(contents);
@@ -87,7 +90,8 @@ void MenuContentModel::rebuild() {
 
 void MenuContentModel::readSending() {
     const CloudPublisher::State& state = surroundings_.model.cloud().state();
-    const QString text = translated(CloudPublisher::displayText(state, surroundings_.locale));
+    const QString text =
+        translated(CloudPublisher::displayText(state, surroundings_.model.locale()));
     const bool isFailure = std::holds_alternative<publication::Failed>(state) ||
                            std::holds_alternative<publication::NoAccount>(state);
     if (sendingText_ == text && isSendingFailure_ == isFailure) return;

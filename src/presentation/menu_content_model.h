@@ -10,7 +10,6 @@
 #include <QString>
 #include <QTimer>
 #include <functional>
-#include <string>
 #include <vector>
 
 #include "core/helper_model.h"
@@ -26,7 +25,7 @@ class MenuContentModel final : public QObject {
     Q_PROPERTY(bool isEmpty READ isEmpty NOTIFY isEmptyChanged)
     Q_PROPERTY(bool canReorder READ canReorder NOTIFY canReorderChanged)
     Q_PROPERTY(double listHeight READ listHeight NOTIFY listHeightChanged)
-    Q_PROPERTY(QString emptyText READ emptyText CONSTANT)
+    Q_PROPERTY(QString emptyText READ emptyText NOTIFY languageChanged)
     // How it is with sending to iPhones, and whether the user has to do something about it.
     Q_PROPERTY(QString sendingText READ sendingText NOTIFY sendingChanged)
     Q_PROPERTY(bool isSendingFailure READ isSendingFailure NOTIFY sendingChanged)
@@ -36,7 +35,6 @@ class MenuContentModel final : public QObject {
     struct Surroundings {
         HelperModel& model;
         std::function<Instant()> now;
-        std::string locale;  // of times and numbers, as in "ko" or "de_DE.UTF-8"
         // What each screen leaves to windows, in points.
         std::function<std::vector<double>()> screenHeights;
         std::function<void()> openSetup;
@@ -67,6 +65,7 @@ class MenuContentModel final : public QObject {
     void canReorderChanged();
     void listHeightChanged();
     void sendingChanged();
+    void languageChanged();
 
   private:
     using Changed = void (MenuContentModel::*)();

@@ -12,8 +12,8 @@ StatusItemMenu::StatusItemMenu(Surroundings surroundings) : surroundings_(std::m
     connect(&soon_, &QTimer::timeout, this, &StatusItemMenu::show);
     const HelperModel& model = surroundings_.model;
     for (const auto changed :
-         std::to_array({&HelperModel::limitsChanged, &HelperModel::menuOrderChanged,
-                        &HelperModel::usageDisplayChanged})) {
+         std::to_array({&HelperModel::languageChanged, &HelperModel::limitsChanged,
+                        &HelperModel::menuOrderChanged, &HelperModel::usageDisplayChanged})) {
         connect(&model, changed, this, [this] { soon_.start(0); });
     }
     connect(&surroundings_.item, &StatusItem::menuOpened, this,

@@ -176,8 +176,10 @@ TEST(ParseRateLimits, ReadsTheCapturedDocumentsOfBothVersions) {
     }
 }
 
-std::string text(const Limits& limits, UsageDisplay display = UsageDisplay::remaining) {
-    return StatusLineMode::statusText(limits, display, instantFromUnixSeconds(now + 0.9));
+std::string text(const Limits& limits, UsageDisplay display = UsageDisplay::remaining,
+                 std::string_view language = "ko") {
+    return StatusLineMode::statusText(limits, display, instantFromUnixSeconds(now + 0.9),
+                                      languageOfCode(language));
 }
 
 TEST(StatusText, NamesTheWeeklyWindowFirst) {
@@ -186,6 +188,16 @@ TEST(StatusText, NamesTheWeeklyWindowFirst) {
     EXPECT_EQ(
         text({{"five_hour", {41.3, later}}, {"seven_day", {62.5, later}}}, UsageDisplay::used),
         "주간 63% 사용 · 5시간 42% 사용");
+}
+
+TEST(StatusText, IsOfOneLanguageAsAWhole) {
+    EXPECT_EQ(text({{"five_hour", {41.3, later}}, {"seven_day", {62.5, later}}},
+                   UsageDisplay::remaining, "en"),
+              "Weekly 37% left · 5-hour 58% left");
+    EXPECT_EQ(
+        text({{"five_hour", {40, now}}, {"seven_day", {62.5, later}}}, UsageDisplay::used, "en"),
+        "Weekly 63% used · 5-hour waiting for a new value");
+    EXPECT_EQ(text({{"seven_day", {62.5, now}}}, UsageDisplay::used, "en"), "Weekly reset");
 }
 
 TEST(StatusText, OfNoLimitsIsEmpty) {
@@ -371,6 +383,17 @@ TEST_F(StatusLineRun, TheDisplayIsReadFromTheSettings) {
     const test::TemporaryFolder config;
     environment_.set("XDG_CONFIG_HOME", config.path());
     EXPECT_EQ(run(document(40)), "5시간 60% 남음\n");
+}
+
+TEST_F(StatusLineRun, TheLanguageIsReadFromTheSettings) {
+    const std::string settings = folder_.file(".config/brimwatch/settings.json");
+    for (const char* other : {R"({"language":"ko"})", R"({"language":"EN"})",
+                              R"({"language":true})", R"({"language":"xx"})"}) {
+        test::writeFile(settings, other);
+        EXPECT_EQ(run(document(40)), "5시간 60% 남음\n") << other;
+    }
+    test::writeFile(settings, R"({"language":"en","usageDisplay":"used"})");
+    EXPECT_EQ(run(document(40)), "5-hour 40% used\n");
 }
 
 TEST_F(StatusLineRun, TheSettingsDoNotFollowTheMovedHome) {

@@ -37,7 +37,6 @@ class MenuContent : public test::ModelFixture {
                     ++clockReadings_;
                     return time_.now();
                 },
-            .locale = "ko_KR",
             .screenHeights = [this] { return screenHeights_; },
             .openSetup = [this] { calls_.emplace_back("openSetup"); },
             .quit = [this] { calls_.emplace_back("quit"); }});

@@ -24,7 +24,6 @@ class SampleContent final : private ModelFixture {
         content_ = std::make_unique<MenuContentModel>(MenuContentModel::Surroundings{
             .model = ModelFixture::model(),
             .now = [this] { return time_.now(); },
-            .locale = "ko_KR",
             .screenHeights = [this] { return std::vector{screenHeight}; },
             .openSetup = [this] { calls.emplace_back("openSetup"); },
             .quit = [this] { calls.emplace_back("quit"); }});

@@ -1,5 +1,6 @@
 #include "platform/linux/sign_in_page.h"
 
+#include <QCoreApplication>
 #include <QHostAddress>
 #include <QTimer>
 #include <QUrl>
@@ -91,10 +92,8 @@ QByteArray pageText(int status) {
     const char* const text = status == found
                                  ? "로그인했어요. 이 창은 닫아도 돼요."
                                  : "로그인하지 못했어요. Brimwatch? 설정에서 다시 해 주세요.";
-    return QByteArray(
-               "<!doctype html><html lang=\"ko\"><meta charset=\"utf-8\">"
-               "<title>Brimwatch?</title><p>") +
-           text + "</p></html>\n";
+    return QByteArray("<!doctype html><html><meta charset=\"utf-8\"><title>Brimwatch?</title><p>") +
+           QCoreApplication::translate("Brimwatch", text).toUtf8() + "</p></html>\n";
 }
 
 QByteArray response(int status) {

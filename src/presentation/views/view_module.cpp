@@ -1,5 +1,6 @@
 #include "presentation/views/view_module.h"
 
+#include <QCoreApplication>
 #include <QQmlEngine>
 #include <QQuickWindow>
 #include <utility>
@@ -22,7 +23,9 @@ ViewPalette& preparedPalette(QQmlEngine& engine) {
     qml_register_types_Brimwatch();
     engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
     const int id = qmlTypeId("Brimwatch", 1, 0, "ViewPalette");
-    return *engine.singletonInstance<ViewPalette*>(id);
+    auto& palette = *engine.singletonInstance<ViewPalette*>(id);
+    QCoreApplication::instance()->installEventFilter(&palette);
+    return palette;
 }
 
 }  // namespace brimwatch

@@ -1,5 +1,8 @@
 #include "presentation/views/view_palette.h"
 
+#include <QCoreApplication>
+#include <QEvent>
+
 namespace brimwatch {
 
 void ViewPalette::setAppearance(Appearance appearance) {
@@ -24,6 +27,12 @@ QVariantList ViewPalette::statusInks() const {
 
 QVariantList ViewPalette::fiveHourInks() const {
     return {primaryLabel(), primaryLabel(), levelWarning(), levelExhausted()};
+}
+
+bool ViewPalette::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == QCoreApplication::instance() && event->type() == QEvent::LanguageChange)
+        qmlEngine(this)->retranslate();
+    return false;
 }
 
 }  // namespace brimwatch

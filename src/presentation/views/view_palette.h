@@ -116,6 +116,9 @@ class ViewPalette : public QObject {
     double controlSize() const { return 13 * textScale_; }
     bool isAccessibilitySize() const { return textScale_ >= 1.5; }
 
+    // Of the application: texts of the views follow its language.
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
   signals:
     void appearanceChanged();
     void textScaleChanged();

@@ -19,8 +19,6 @@ using publication::Sent;
 using publication::Unavailable;
 using publication::Waiting;
 
-constexpr std::string_view notSentText = "안드로이드로 보내지 못했어요";
-
 const QLoggingCategory& phoneLog() {
     static const QLoggingCategory category("net.quillmoor.brimwatch.mac.phone");
     return category;
@@ -61,9 +59,9 @@ PhoneLinkPublisher::State stateAfter(const PublicationFailure& failure) {
     if (isSignedOut || std::holds_alternative<publication_failure::NoAccount>(failure)) {
         return NoAccount{};
     }
-    if (error == nullptr) return Failed{std::string(notSentText) + '.'};
+    if (error == nullptr) return Failed{"안드로이드로 보내지 못했어요."};
     if (const auto text = passingErrorText(*error)) return Failed{std::string(*text)};
-    return Failed{std::string(notSentText) + " (오류 " + std::to_string(error->code) + ")."};
+    return Failed{"안드로이드로 보내지 못했어요 (오류 " + std::to_string(error->code) + ")."};
 }
 
 }  // namespace
