@@ -8,13 +8,24 @@ namespace brimwatch {
 AppDelegate::AppDelegate(Surroundings surroundings)
     : surroundings_(std::move(surroundings)),
       translator_(surroundings_.model),
-      setupWindow_(surroundings_.quit),
+      updates_(surroundings_.updater, surroundings_.openPage),
+      settings_({.model = surroundings_.model,
+                 .fileManager = surroundings_.fileManager,
+                 .folderPicker = surroundings_.folderPicker,
+                 .updates = updates_,
+                 .window = [this] { return setupWindow_.window(); },
+                 .canSignIn = surroundings_.canSignIn,
+                 .signIn = surroundings_.signIn,
+                 .showPhoneLink = [this] { showPhoneLink(); }}),
+      setupWindow_([this] { return surroundings_.makeSetupWindow(settings_); }, surroundings_.quit),
       content_({.model = surroundings_.model,
                 .now = surroundings_.now,
                 .screenHeights = surroundings_.screenHeights,
                 .openSetup = [this] { openSetupFromPopover(); },
                 .quit = surroundings_.quit}),
       popover_([this] { return surroundings_.makePopover(content_); }) {
+    connect(&surroundings_.model, &HelperModel::languageChanged, &updates_,
+            &SetupUpdates::statusChanged);
     themeSoon_.setSingleShot(true);
     connect(&themeSoon_, &QTimer::timeout, this, &AppDelegate::applyTheme);
 }
@@ -67,7 +78,7 @@ void AppDelegate::showPhoneLink() {
     if (!phoneLinkWindow_) return;
     phoneLinkWindow_->setAppearance(appearance());
     phoneLinkWindow_->setTextScale(surroundings_.appearance.textScale());
-    phoneLinkWindow_->show();
+    phoneLinkWindow_->show(setupWindow_.isVisible() ? setupWindow_.window() : nullptr);
 }
 
 void AppDelegate::openSetupFromPopover() {
@@ -90,6 +101,7 @@ void AppDelegate::applyTheme() {
 void AppDelegate::applyTextScale() {
     const double scale = surroundings_.appearance.textScale();
     popover_.setTextScale(scale);
+    setupWindow_.setTextScale(scale);
     if (phoneLinkWindow_) phoneLinkWindow_->setTextScale(scale);
 }
 

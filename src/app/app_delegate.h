@@ -11,9 +11,12 @@
 #include <string>
 #include <vector>
 
+#include "app/app_setup_updates.h"
 #include "core/helper_model.h"
 #include "platform/clipboard.h"
 #include "platform/desktop_appearance.h"
+#include "platform/file_manager.h"
+#include "platform/folder_picker.h"
 #include "platform/session_events.h"
 #include "platform/settings_store.h"
 #include "platform/sleep.h"
@@ -24,6 +27,7 @@
 #include "presentation/menu_bar_rocket.h"
 #include "presentation/menu_content_model.h"
 #include "presentation/phone_link_sheet.h"
+#include "presentation/setup/setup_view_model.h"
 #include "presentation/setup_window.h"
 #include "presentation/sheet_window.h"
 #include "presentation/status_item_controller.h"
@@ -42,6 +46,8 @@ class AppDelegate final : public QObject {
         SessionEvents& session;
         DesktopAppearance& appearance;
         Clipboard& clipboard;
+        FileManager& fileManager;
+        FolderPicker& folderPicker;
         FrameTimer& timer;
         std::function<Instant()> now;
         std::function<double()> uptime;  // as that of `StatusItemController`
@@ -52,6 +58,11 @@ class AppDelegate final : public QObject {
         // As for `LazyPopover`.
         std::function<std::unique_ptr<Popover>(MenuContentModel& content)> makePopover;
         std::function<std::unique_ptr<SheetWindow>(PhoneLinkSheet& sheet)> makePhoneLinkWindow;
+        std::function<std::unique_ptr<SheetWindow>(SetupViewModel& settings)> makeSetupWindow;
+        // As for `SetupViewModel`.
+        std::function<bool()> canSignIn;
+        std::function<void()> signIn;
+        std::function<void(const QUrl& page)> openPage;  // in the user's browser
         Sleep sleep;
         std::function<void()> quit;
         AppUpdater& updater;
@@ -80,6 +91,8 @@ class AppDelegate final : public QObject {
 
     Surroundings surroundings_;
     LanguageTranslator translator_;  // before all that shows texts
+    AppSetupUpdates updates_;
+    SetupViewModel settings_;
     SetupWindow setupWindow_;
     MenuContentModel content_;
     LazyPopover popover_;

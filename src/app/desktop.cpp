@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <QDesktopServices>
 #include <QGuiApplication>
 #include <QScreen>
 #include <chrono>
@@ -30,6 +31,11 @@ std::vector<double> screenHeights() {
     return heights;
 }
 
+// Who has signed in has to get back.
+bool canSignIn(Application& application) {
+    return !ownBundleInfo(application.files()).cloudSignInRedirect.empty();
+}
+
 bool isApplicationActive() {
     return QGuiApplication::applicationState() == Qt::ApplicationActive;
 }
@@ -43,6 +49,8 @@ Desktop::Desktop(Application& application, const Environment& environment)
                   configFolder(environment, application.files(), ::getuid())),
       session_(sessionBus_, systemBus_, LoginSession::thisProcess(environment)),
       item_(environment, appearance_),
+      fileManager_(sessionBus_, QDesktopServices::openUrl),
+      folderPicker_(sessionBus_, qtFolderPicker_),
       updates_({.files = application.files(),
                 .keys = application.keys(),
                 .info = ownBundleInfo(application.files()),
@@ -58,6 +66,8 @@ Desktop::Desktop(Application& application, const Environment& environment)
                  .session = session_,
                  .appearance = appearance_,
                  .clipboard = clipboard_,
+                 .fileManager = fileManager_,
+                 .folderPicker = folderPicker_,
                  .timer = frameTimer_,
                  .now = wallClock,
                  .uptime = uptime,
@@ -66,6 +76,10 @@ Desktop::Desktop(Application& application, const Environment& environment)
                  .rocket = sharedRocket(),
                  .makePopover = loadPopover,
                  .makePhoneLinkWindow = loadPhoneLinkWindow,
+                 .makeSetupWindow = loadSetupWindow,
+                 .canSignIn = [canSignIn = canSignIn(application)] { return canSignIn; },
+                 .signIn = [&application] { application.accountSignIn().start(); },
+                 .openPage = QDesktopServices::openUrl,
                  .sleep = sleepFor,
                  .quit = [] { QCoreApplication::quit(); },
                  .updater = updates_.updater(),

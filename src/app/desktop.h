@@ -10,7 +10,10 @@
 #include "platform/linux/instance_activation.h"
 #include "platform/linux/panel_item.h"
 #include "platform/linux/portal_appearance.h"
+#include "platform/linux/portal_folder_picker.h"
 #include "platform/linux/qt_clipboard.h"
+#include "platform/linux/qt_folder_picker.h"
+#include "platform/linux/session_file_manager.h"
 #include "presentation/frame_timer.h"
 #include "support/environment.h"
 
@@ -35,6 +38,9 @@ class Desktop {
     DesktopSessionEvents session_;
     PanelItem item_;
     QtClipboard clipboard_;
+    SessionFileManager fileManager_;
+    QtFolderPicker qtFolderPicker_;
+    PortalFolderPicker folderPicker_;
     EventLoopFrameTimer frameTimer_;
     ProgramUpdates updates_;
     AppDelegate delegate_;

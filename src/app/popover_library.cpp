@@ -39,4 +39,9 @@ std::unique_ptr<SheetWindow> loadPhoneLinkWindow(PhoneLinkSheet& sheet) {
     return std::unique_ptr<SheetWindow>(make == nullptr ? nullptr : make(sheet));
 }
 
+std::unique_ptr<SheetWindow> loadSetupWindow(SetupViewModel& settings) {
+    auto* make = find<MakeSetupWindow>("brimwatchMakeSetupWindow");
+    return std::unique_ptr<SheetWindow>(make == nullptr ? nullptr : make(settings));
+}
+
 }  // namespace brimwatch

@@ -8,6 +8,7 @@
 #include "presentation/menu_content_model.h"
 #include "presentation/phone_link_sheet.h"
 #include "presentation/popover.h"
+#include "presentation/setup/setup_view_model.h"
 #include "presentation/sheet_window.h"
 
 namespace brimwatch {
@@ -16,11 +17,13 @@ namespace brimwatch {
 // shows it.
 std::unique_ptr<Popover> loadPopover(MenuContentModel& content);
 std::unique_ptr<SheetWindow> loadPhoneLinkWindow(PhoneLinkSheet& sheet);
+std::unique_ptr<SheetWindow> loadSetupWindow(SetupViewModel& settings);
 
-// What the library offers under the names `brimwatchMakePopover` and
-// `brimwatchMakePhoneLinkWindow`. Nothing that they take or give needs another owner than usual,
+// What the library offers under the names `brimwatchMakePopover`, `brimwatchMakePhoneLinkWindow`
+// and `brimwatchMakeSetupWindow`. Nothing that they take or give needs another owner than usual,
 // since both sides are of one build.
 using MakePopover = Popover*(MenuContentModel& content);
 using MakePhoneLinkWindow = SheetWindow*(PhoneLinkSheet& sheet);
+using MakeSetupWindow = SheetWindow*(SetupViewModel& settings);
 
 }  // namespace brimwatch

@@ -4,6 +4,7 @@
 #include "platform/linux/compositor.h"
 #include "presentation/views/phone_link_window.h"
 #include "presentation/views/quick_popover.h"
+#include "presentation/views/quick_setup_window.h"
 
 extern "C" __attribute__((visibility("default"))) brimwatch::Popover* brimwatchMakePopover(
     brimwatch::MenuContentModel& content) {
@@ -14,4 +15,9 @@ extern "C" __attribute__((visibility("default"))) brimwatch::Popover* brimwatchM
 extern "C" __attribute__((visibility("default"))) brimwatch::SheetWindow*
 brimwatchMakePhoneLinkWindow(brimwatch::PhoneLinkSheet& sheet) {
     return new brimwatch::PhoneLinkWindow(sheet);
+}
+
+extern "C" __attribute__((visibility("default"))) brimwatch::SheetWindow* brimwatchMakeSetupWindow(
+    brimwatch::SetupViewModel& settings) {
+    return new brimwatch::QuickSetupWindow({.settings = settings});
 }

@@ -120,13 +120,34 @@ void HelperModel::startServices() {
 
 HelperModel::AccountKeys HelperModel::claudeIDs() const {
     AccountKeys keys;
-    if (claudeUsagePaused_ || isRemoving_) return keys;
     for (const Account& account : accounts_) {
-        if (account.state != ClaudeCodeSetup::State::registered) continue;
-        if (autoConnect_.declined.contains(account.directory)) continue;
-        keys.insert(ClaudeCodeSetup::accountID(surroundings_.files, account, surroundings_.home));
+        if (isClaudeAccountOn(account)) keys.insert(claudeAccountKey(account));
     }
     return keys;
+}
+
+bool HelperModel::isClaudeAccountOn(const Account& account) const {
+    return !claudeUsagePaused_ && !isRemoving_ &&
+           account.state == ClaudeCodeSetup::State::registered &&
+           !autoConnect_.declined.contains(account.directory);
+}
+
+std::string HelperModel::claudeAccountKey(const Account& account) const {
+    return ClaudeCodeSetup::accountID(surroundings_.files, account, surroundings_.home);
+}
+
+std::string HelperModel::claudeAccountName(const Account& account) const {
+    return ClaudeCodeSetup::accountName(surroundings_.files, account, surroundings_.home);
+}
+
+bool HelperModel::isInstalled() const {
+    const CommandEnvironment& environment = surroundings_.commandEnvironment;
+    const auto isUsable = [&](const std::string& executable) {
+        return ClaudeCodeSetup::isUsableCopy(surroundings_.files, executable, environment);
+    };
+    return isUsable(environment.executable) ||
+           std::any_of(environment.installedCandidates.begin(),
+                       environment.installedCandidates.end(), isUsable);
 }
 
 HelperModel::AccountKeys HelperModel::codexIDs() const {

@@ -141,6 +141,13 @@ class HelperModel final : public QObject {
     // `limits` in the order of the cards.
     std::vector<SubscriptionLimits> menuLimits() const;
     bool isCodexAccountOn(const CodexAccounts::Account& account) const;
+    // Its figures are wanted, and come.
+    bool isClaudeAccountOn(const ClaudeCodeSetup::Account& account) const;
+    // As in the id of its record, and as it is called where the user gave it no name.
+    std::string claudeAccountKey(const ClaudeCodeSetup::Account& account) const;
+    std::string claudeAccountName(const ClaudeCodeSetup::Account& account) const;
+    // Whether there is a copy of this program that status lines may name.
+    bool isInstalled() const;
     // Of times: in the language, as they are written in the region of the user.
     std::string locale() const { return localeOf(language(), surroundings_.locale); }
     // The credit row of a card.
@@ -148,6 +155,8 @@ class HelperModel final : public QObject {
     bool usesSystemServices() const { return surroundings_.systemServices.has_value(); }
 
     // --- What is not observed ---
+
+    const std::string& home() const { return surroundings_.home; }
 
     std::int64_t codexConnectionRevision() const { return codexConnectionRevision_; }
     const ClaudeCodeSetup::AutoConnect& autoConnect() const { return autoConnect_; }
@@ -187,6 +196,7 @@ class HelperModel final : public QObject {
     // --- Connection: does nothing during a removal ---
 
     void connectClaude();
+    void connectClaude(const ClaudeCodeSetup::Account& account);  // and no other
     void disconnectClaude(const ClaudeCodeSetup::Account& account);
     bool addClaudeFolder(const std::string& folder);  // whether it was accepted
     void connectCodex();
@@ -285,7 +295,6 @@ class HelperModel final : public QObject {
     FileResult<void> connect(const Account& account);
     FileResult<void> connectAndVerify(const Account& account);
     FileResult<void> disconnect(const Account& account);
-    std::string nameOf(const Account& account) const;
     void noteClaudeConnection();
     void addManualDirectory(const std::string& path);
     void connectAdded(const Account& account);

@@ -65,10 +65,6 @@ FileResult<void> HelperModel::disconnect(const Account& account) {
                                        surroundings_.commandEnvironment, surroundings_.pause);
 }
 
-std::string HelperModel::nameOf(const Account& account) const {
-    return ClaudeCodeSetup::accountName(surroundings_.files, account, surroundings_.home);
-}
-
 void HelperModel::connectClaude() {
     if (isRemoving_) return;
     setFailure(std::nullopt);
@@ -82,7 +78,7 @@ void HelperModel::connectClaude() {
         const FileResult<void> result = connectAndVerify(account);
         if (result) continue;
         autoConnectFailed_.insert(account.directory);
-        failures.push_back(nameOf(account) + ": " + result.error().message());
+        failures.push_back(claudeAccountName(account) + ": " + result.error().message());
     }
     setAutoConnect(autoConnect_);
     if (failures.size() < accounts.size()) {
@@ -92,6 +88,14 @@ void HelperModel::connectClaude() {
     if (!failures.empty()) {
         setFailure("Claude Code 설정을 바꾸지 못했어요:" + joinedLines(failures));
     }
+    refresh();
+}
+
+void HelperModel::connectClaude(const Account& account) {
+    if (isRemoving_) return;
+    setFailure(std::nullopt);
+    autoConnectFailed_.erase(account.directory);
+    connectAdded(account);
     refresh();
 }
 
@@ -259,7 +263,8 @@ QCoro::Task<> HelperModel::removeEverything() {
         co_await surroundings_.sleep(0ms);
         if (!model) co_return;
         const FileResult<void> result = disconnect(account);
-        if (!result) failures.push_back(nameOf(account) + ": " + result.error().message());
+        if (!result)
+            failures.push_back(claudeAccountName(account) + ": " + result.error().message());
     }
     const std::vector<std::string> notWithdrawn = co_await withdraw(model);
     if (!model) co_return;

@@ -99,12 +99,8 @@ std::optional<std::string> HelperModel::defaultNameOf(const SubscriptionLimits& 
         return std::nullopt;
     }
     for (const Account& account : accounts_) {
-        if (!account.isManual) continue;
-        FileSystem& files = surroundings_.files;
-        if (ClaudeCodeSetup::accountID(files, account, surroundings_.home) != limits.account) {
-            continue;
-        }
-        return ClaudeCodeSetup::accountName(files, account, surroundings_.home);
+        if (!account.isManual || claudeAccountKey(account) != limits.account) continue;
+        return claudeAccountName(account);
     }
     return std::nullopt;
 }
@@ -151,8 +147,7 @@ void HelperModel::readTiers() {
     Texts tiers;
     const AccountKeys wanted = claudeIDs();
     for (const Account& account : accounts_) {
-        std::string key =
-            ClaudeCodeSetup::accountID(surroundings_.files, account, surroundings_.home);
+        std::string key = claudeAccountKey(account);
         if (!wanted.contains(key)) continue;
         const std::optional<std::string> tier = tierReader_.tier(
             ClaudeCodeSetup::claudeConfigFile(account.directory, surroundings_.home));

@@ -31,6 +31,7 @@ inline constexpr DynamicColor levelWarning{{255, 177, 78}, {168, 83, 0}};
 inline constexpr DynamicColor levelExhausted{{255, 122, 112}, {179, 38, 30}};
 inline constexpr DynamicColor cardFill{brandNavy, brandPaper};
 inline constexpr DynamicColor surfaceFill{brandNavySurface, brandPaper};
+inline constexpr DynamicColor rowFill{brandNavy, brandPaper};
 
 // What desktops have no names for. Texts stand out from cards and windows by a contrast of 4.5 at
 // least, and signs by 3.

@@ -2,75 +2,49 @@
 
 #include <QKeyEvent>
 #include <QKeySequence>
-#include <QPainter>
-#include <QRasterWindow>
 #include <algorithm>
 #include <iterator>
 #include <utility>
 
-#include "presentation/colors.h"
-
 namespace brimwatch {
 
-class SetupWindow::Surface final : public QRasterWindow {
-  public:
-    explicit Surface(const SetupWindow& owner) : owner_(owner) {
-        setTitle(QStringLiteral("Brimwatch?"));
-        resize(460, 520);
-    }
-
-  protected:
-    void paintEvent(QPaintEvent* /*event*/) override {
-        QPainter(this).fillRect(QRect(QPoint(), size()),
-                                colors::surfaceFill.in(owner_.appearance_));
-    }
-
-    // By itself: shortcuts of Qt know windows only where there are no widgets in the program.
-    void keyPressEvent(QKeyEvent* event) override {
-        const QKeySequence pressed(event->keyCombination());
-        for (QAction* action : owner_.actions()) {
-            if (action->shortcut() == pressed) return action->trigger();
-        }
-        QRasterWindow::keyPressEvent(event);
-    }
-
-  private:
-    const SetupWindow& owner_;
-};
-
-SetupWindow::SetupWindow(std::function<void()> quit) {
+SetupWindow::SetupWindow(Make make, std::function<void()> quit) : make_(std::move(make)) {
     addAction(QObject::tr("Brimwatch? 종료"), QStringLiteral("Ctrl+Q"), std::move(quit));
     addAction(QObject::tr("닫기"), QStringLiteral("Ctrl+W"), [this] {
-        if (surface_) surface_->close();
+        if (window() != nullptr) window()->close();
     });
     addAction(QObject::tr("최소화"), QStringLiteral("Ctrl+M"), [this] {
-        if (isVisible()) surface_->showMinimized();
+        if (isVisible()) window()->showMinimized();
     });
 }
 
-SetupWindow::~SetupWindow() = default;
-
 bool SetupWindow::isVisible() const {
-    return surface_ && surface_->isVisible();
+    return window() != nullptr && window()->isVisible();
 }
 
 void SetupWindow::show() {
-    if (!surface_) surface_ = std::make_unique<Surface>(*this);
-    if (surface_->isVisible() && surface_->windowState() != Qt::WindowMinimized) {
-        surface_->raise();
-    } else {
-        surface_->showNormal();
-    }
-    surface_->requestActivate();
+    if (!sheet_) sheet_ = make_();
+    if (!sheet_) return;
+    sheet_->setAppearance(appearance_);
+    sheet_->setTextScale(textScale_);
+    sheet_->show(nullptr);
+    if (window() == nullptr || watched_ == window()) return;
+    watched_ = window();
+    watched_->installEventFilter(this);
 }
 
 void SetupWindow::setAppearance(Appearance appearance) {
     appearance_ = appearance;
-    if (surface_) surface_->update();
+    if (sheet_) sheet_->setAppearance(appearance);
+}
+
+void SetupWindow::setTextScale(double scale) {
+    textScale_ = scale;
+    if (sheet_) sheet_->setTextScale(scale);
 }
 
 QWindow* SetupWindow::window() const {
-    return surface_.get();
+    return sheet_ ? sheet_->window() : nullptr;
 }
 
 std::vector<QAction*> SetupWindow::actions() const {
@@ -78,6 +52,17 @@ std::vector<QAction*> SetupWindow::actions() const {
     std::transform(actions_.begin(), actions_.end(), std::back_inserter(actions),
                    [](const std::unique_ptr<QAction>& action) { return action.get(); });
     return actions;
+}
+
+bool SetupWindow::eventFilter(QObject* /*watched*/, QEvent* event) {
+    if (event->type() != QEvent::KeyPress) return false;
+    const QKeySequence pressed(static_cast<QKeyEvent*>(event)->keyCombination());
+    for (const std::unique_ptr<QAction>& action : actions_) {
+        if (action->shortcut() != pressed) continue;
+        action->trigger();
+        return true;
+    }
+    return false;
 }
 
 void SetupWindow::addAction(const QString& text, const QString& keys, std::function<void()> run) {

@@ -2,40 +2,49 @@
 #pragma once
 
 #include <QAction>
+#include <QObject>
+#include <QPointer>
 #include <QWindow>
 #include <functional>
 #include <memory>
 #include <vector>
 
 #include "presentation/appearance.h"
+#include "presentation/sheet_window.h"
 
 namespace brimwatch {
 
-class SetupWindow {
+class SetupWindow final : public QObject {
   public:
-    explicit SetupWindow(std::function<void()> quit);
-    ~SetupWindow();
-    SetupWindow(const SetupWindow&) = delete;
-    SetupWindow& operator=(const SetupWindow&) = delete;
+    // Gives nothing where it can't be made, which `make` has told the log; the next showing tries
+    // again.
+    using Make = std::function<std::unique_ptr<SheetWindow>()>;
+
+    SetupWindow(Make make, std::function<void()> quit);
 
     bool isVisible() const;
     // Brings it forward if it is shown already.
     void show();
     void setAppearance(Appearance appearance);
+    void setTextScale(double scale);
 
     // None before it was first shown.
     QWindow* window() const;
     // What its keys do, with their texts.
     std::vector<QAction*> actions() const;
 
-  private:
-    class Surface;
+    // By itself: shortcuts of Qt know windows only where there are no widgets in the program.
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
+  private:
     void addAction(const QString& text, const QString& keys, std::function<void()> run);
 
+    Make make_;
     std::vector<std::unique_ptr<QAction>> actions_;
     Appearance appearance_ = Appearance::light;
-    std::unique_ptr<Surface> surface_;
+    double textScale_ = 1;
+    std::unique_ptr<SheetWindow> sheet_;
+    QPointer<QWindow> watched_;
 };
 
 }  // namespace brimwatch

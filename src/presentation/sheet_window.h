@@ -1,5 +1,7 @@
-// A window of the program beside the settings: a sheet with a matter of its own. Main thread.
+// A window of the program that is made of views. Main thread.
 #pragma once
+
+#include <QWindow>
 
 #include "presentation/appearance.h"
 
@@ -12,11 +14,14 @@ class SheetWindow {
     SheetWindow& operator=(const SheetWindow&) = delete;
     virtual ~SheetWindow() = default;
 
-    // Brings it forward if it is shown already.
-    virtual void show() = 0;
+    // Brings it forward if it is shown already. With a parent it stays in front of that.
+    virtual void show(QWindow* parent) = 0;
     virtual void setAppearance(Appearance appearance) = 0;
     // A factor for the size of all texts, above 0.
     virtual void setTextScale(double scale) = 0;
+
+    // None before it was first shown.
+    virtual QWindow* window() const = 0;
 };
 
 }  // namespace brimwatch

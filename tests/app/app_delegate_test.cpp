@@ -3,14 +3,19 @@
 #include <gmock/gmock.h>
 
 #include <QApplication>
+#include <QFont>
+#include <QQuickView>
 #include <QWindow>
 #include <memory>
 
 #include "harness/process.h"
 #include "model_fixture.h"
 #include "platform/linux/scripted_key_store.h"
+#include "presentation/colors.h"
 #include "presentation/status_menu.h"
 #include "presentation/views/quick_popover.h"
+#include "presentation/views/quick_setup_window.h"
+#include "quick_items.h"
 #include "scripted_desktop.h"
 
 namespace brimwatch {
@@ -24,8 +29,19 @@ class NoClipboard : public Clipboard {
     void setSecretText(const QString& /*text*/) override {}
 };
 
+class NoFileManager : public FileManager {
+  public:
+    void reveal(const std::string& /*path*/) override {}
+};
+
+class NoFolderPicker : public FolderPicker {
+  public:
+    void pick(QWindow& /*parent*/, const QString& /*title*/, Picked /*picked*/) override {}
+};
+
 struct SheetLog {
     int showings = 0;
+    QWindow* parent = nullptr;
     Appearance appearance = Appearance::light;
     double textScale = 0;
 };
@@ -34,7 +50,11 @@ class NotedSheet : public SheetWindow {
   public:
     explicit NotedSheet(SheetLog& log) : log_(log) {}
 
-    void show() override { ++log_.showings; }
+    void show(QWindow* parent) override {
+        ++log_.showings;
+        log_.parent = parent;
+    }
+    QWindow* window() const override { return nullptr; }
     void setAppearance(Appearance appearance) override { log_.appearance = appearance; }
     void setTextScale(double scale) override { log_.textScale = scale; }
 
@@ -57,6 +77,8 @@ class AppDelegateTest : public test::ModelFixture {
             .session = desktop_.session,
             .appearance = desktop_.appearance,
             .clipboard = clipboard_,
+            .fileManager = fileManager_,
+            .folderPicker = folderPicker_,
             .timer = desktop_.timer,
             .now = [this] { return now(); },
             .uptime = [] { return 1000.0; },
@@ -69,6 +91,14 @@ class AppDelegateTest : public test::ModelFixture {
                         QuickPopover::Surroundings{.content = content});
                 },
             .makePhoneLinkWindow = [this](PhoneLinkSheet&) { return makeSheet(); },
+            .makeSetupWindow =
+                [](SetupViewModel& settings) {
+                    return std::make_unique<QuickSetupWindow>(
+                        QuickSetupWindow::Surroundings{.settings = settings});
+                },
+            .canSignIn = [] { return true; },
+            .signIn = [this] { ++signInCount_; },
+            .openPage = [](const QUrl&) {},
             .sleep = time_.sleeper(),
             .quit = [this] { ++quitCount_; },
             .updater = updater_,
@@ -86,6 +116,22 @@ class AppDelegateTest : public test::ModelFixture {
         emit desktop_.item.commandChosen(static_cast<int>(command));
     }
 
+    QQuickItem* settingsItem(const char* name) {
+        auto* window = static_cast<QQuickView*>(delegate_->setupWindow().window());
+        return test::findItem(window->rootObject(), name);
+    }
+    static QQuickItem* popoverItem(const char* name) {
+        for (QWindow* window : visibleWindows()) {
+            auto* view = qobject_cast<QQuickView*>(window);
+            if (view == nullptr) continue;
+            if (QQuickItem* found = test::findItem(view->rootObject(), name)) return found;
+        }
+        return nullptr;
+    }
+    int promiseSize() {
+        return settingsItem("promise")->property("font").value<QFont>().pixelSize();
+    }
+
     static std::vector<QWindow*> visibleWindows() {
         std::vector<QWindow*> windows;
         for (QWindow* window : QGuiApplication::topLevelWindows()) {
@@ -100,10 +146,13 @@ class AppDelegateTest : public test::ModelFixture {
     QApplication application_{argumentCount_, arguments_};
     test::ScriptedDesktop desktop_;
     NoClipboard clipboard_;
+    NoFileManager fileManager_;
+    NoFolderPicker folderPicker_;
     SheetLog sheet_;
     int sheetCount_ = 0;
     bool hasViews_ = true;
     int quitCount_ = 0;
+    int signInCount_ = 0;
     bool isActive_ = true;
     test::ScriptedKeyStore keys_;
     AppUpdater updater_{{.keys = keys_,
@@ -138,6 +187,66 @@ TEST_F(AppDelegateTest, TriesAgainToShowTheLinkIfTheViewsWereNotThere) {
     hasViews_ = true;
     delegate.showPhoneLink();
     EXPECT_EQ(sheet_.showings, 1);
+}
+
+TEST_F(AppDelegateTest, TheLinkToAPhoneStaysBeforeTheSettingsItWasOpenedFrom) {
+    AppDelegate& delegate = launchConnected();
+    delegate.showPhoneLink();
+    EXPECT_EQ(sheet_.parent, nullptr);
+    delegate.reopen();
+    QMetaObject::invokeMethod(settingsItem("phoneLink.show"), "clicked");
+    EXPECT_EQ(sheet_.showings, 2);
+    EXPECT_EQ(sheet_.parent, delegate.setupWindow().window());
+}
+
+TEST_F(AppDelegateTest, TheSettingsFollowTheThemeWhileTheyAreOpen) {
+    AppDelegate& delegate = launchConnected();
+    delegate.reopen();
+    const auto ground = [&delegate] {
+        return static_cast<QQuickView*>(delegate.setupWindow().window())
+            ->grabWindow()
+            .pixelColor(4, 4);
+    };
+    EXPECT_EQ(ground(), colors::surfaceFill.light);
+    model().setAppTheme(AppTheme::dark);
+    EXPECT_TRUE(test::eventually([&ground] {
+        QCoreApplication::processEvents();
+        return ground() == colors::surfaceFill.dark;
+    }));
+    model().setAppTheme(AppTheme::system);
+    desktop_.appearance.setDark(true);
+    EXPECT_EQ(ground(), colors::surfaceFill.dark);
+    desktop_.appearance.setDark(false);
+    EXPECT_EQ(ground(), colors::surfaceFill.light);
+}
+
+TEST_F(AppDelegateTest, TheSettingsAreMadeInTheTextSizeOfTheDesktop) {
+    desktop_.appearance.setTextScale(2);
+    AppDelegate& delegate = launchConnected();
+    delegate.reopen();
+    EXPECT_EQ(promiseSize(), 24);
+    desktop_.appearance.setTextScale(1);
+    EXPECT_EQ(promiseSize(), 12);
+}
+
+TEST_F(AppDelegateTest, TheCardsOpenTheSettingsOnTheirOrder) {
+    makeRegisteredFolder(".claude-a");
+    makeRegisteredFolder(".claude-b");
+    launchConnected();
+    writeLimits("claude-a", 10, 20);
+    writeLimits("claude-b", 10, 20);
+    model().refresh();
+    choose(StatusMenuCommand::open);
+    QQuickItem* cards = popoverItem("cards");
+    ASSERT_NE(cards, nullptr);
+    QMetaObject::invokeMethod(cards, "reorderChosen");
+    EXPECT_FALSE(delegate_->popover().isShown());
+    EXPECT_TRUE(delegate_->setupWindow().isVisible());
+    EXPECT_TRUE(settingsItem("menuCardOrder")->isVisible());
+    EXPECT_TRUE(test::eventually([this] {
+        QCoreApplication::processEvents();
+        return !model().revealsMenuCardOrder();
+    }));
 }
 
 TEST_F(AppDelegateTest, AFirstRunShowsTheSettings) {

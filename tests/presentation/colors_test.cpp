@@ -46,7 +46,8 @@ TEST(Colors, DynamicColoursFollowTheAppearance) {
                                    {"levelWarning", {255, 177, 78}, {168, 83, 0}},
                                    {"levelExhausted", {255, 122, 112}, {179, 38, 30}},
                                    {"cardFill", navy, paper},
-                                   {"surfaceFill", navySurface, paper}};
+                                   {"surfaceFill", navySurface, paper},
+                                   {"rowFill", navy, paper}};
     ViewPalette palette;
     for (const DynamicRow& row : rows) {
         palette.setAppearance(Appearance::dark);
@@ -66,7 +67,7 @@ TEST(Colors, EveryColourOfThePaletteIsThere) {
             << type.property(index).name();
         ++count;
     }
-    EXPECT_EQ(count, 26);
+    EXPECT_EQ(count, 27);
 }
 
 TEST(Colors, ThePaletteTellsOfAChangeOnce) {

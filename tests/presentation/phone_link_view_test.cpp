@@ -23,7 +23,7 @@ class PhoneLinkView : public test::PhoneLinkSheetFixture {
     void show() {
         PhoneLinkSheet& sheet = publisher_ ? *sheet_ : openLinked();
         view_ = std::make_unique<PhoneLinkWindow>(sheet);
-        view_->show();
+        view_->show(nullptr);
         for (const auto& [type, message] : test::LogCapture::messages())
             EXPECT_EQ(message.find(".qml"), std::string::npos) << message;
         ASSERT_NE(view_->window(), nullptr);
@@ -127,7 +127,7 @@ TEST_F(PhoneLinkView, GoesByItsButtonByEscapeAndByEnter) {
     press("phoneLink.close");
     EXPECT_FALSE(window().isVisible());
     for (const Qt::Key key : {Qt::Key_Escape, Qt::Key_Return, Qt::Key_Enter}) {
-        view_->show();
+        view_->show(nullptr);
         ASSERT_TRUE(QTest::qWaitForWindowExposed(&window()));
         QTest::keyClick(&window(), key);
         EXPECT_FALSE(window().isVisible()) << key;
@@ -195,8 +195,18 @@ TEST_F(PhoneLinkView, MakesTheLinkAnewAtEachShowing) {
     show();
     press("phoneLink.close");
     store(test::keyFilledWith('n'));
-    view_->show();
+    view_->show(nullptr);
     EXPECT_EQ(text("codeText"), textOf(test::keyFilledWith('n')).toStdString());
+}
+
+TEST_F(PhoneLinkView, StaysBeforeTheWindowThatItIsShownFor) {
+    show();
+    EXPECT_EQ(window().transientParent(), nullptr);
+    QWindow other;
+    view_->show(&other);
+    EXPECT_EQ(window().transientParent(), &other);
+    view_->show(nullptr);
+    EXPECT_EQ(window().transientParent(), nullptr);
 }
 
 TEST_F(PhoneLinkView, FollowsTheAppearance) {

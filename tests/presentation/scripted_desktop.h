@@ -111,7 +111,7 @@ class ScriptedAppearance final : public DesktopAppearance {
   public:
     bool isDark() const override { return isDark_; }
     bool reducesMotion() const override { return reducesMotion_; }
-    double textScale() const override { return 1; }
+    double textScale() const override { return textScale_; }
 
     void setDark(bool dark) {
         isDark_ = dark;
@@ -122,9 +122,15 @@ class ScriptedAppearance final : public DesktopAppearance {
         emit motionChanged();
     }
 
+    void setTextScale(double scale) {
+        textScale_ = scale;
+        emit textScaleChanged();
+    }
+
   private:
     bool isDark_ = false;
     bool reducesMotion_ = false;
+    double textScale_ = 1;
 };
 
 class ScriptedFrameTimer final : public FrameTimer {

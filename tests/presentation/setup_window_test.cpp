@@ -1,48 +1,118 @@
 #include "presentation/setup_window.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
-#include <QCoreApplication>
 #include <QGuiApplication>
 #include <QKeySequence>
 #include <QRasterWindow>
 #include <QScreen>
-#include <QTest>
 
-#include "harness/process.h"
 #include "presentation/colors.h"
+#include "presentation/views/view_module.h"
+#include "setup_view_fixture.h"
 
 namespace brimwatch {
 namespace {
 
-bool eventuallyInLoop(const std::function<bool()>& condition) {
-    return test::eventually([&condition] {
-        QCoreApplication::processEvents();
-        return condition();
-    });
-}
+using test::eventuallyInLoop;
 
-class SetupWindowTest : public ::testing::Test {
+class SetupWindowTest : public test::SetupViewFixture {
   protected:
+    SetupWindowTest() {
+        start();
+        makeSettings();
+    }
+    std::unique_ptr<SheetWindow> make() {
+        ++makings_;
+        if (!hasViews_) return nullptr;
+        return std::make_unique<QuickSetupWindow>(QuickSetupWindow::Surroundings{
+            .settings = *settings_, .screen = [this] { return screen_; }});
+    }
     void show() {
         setup_.show();
         ASSERT_TRUE(eventuallyInLoop([this] { return setup_.window()->isActive(); }));
     }
     void press(Qt::Key key) { QTest::keyClick(setup_.window(), key, Qt::ControlModifier); }
+    QColor ground() {
+        return static_cast<QQuickView*>(setup_.window())->grabWindow().pixelColor(4, 4);
+    }
 
     int quits_ = 0;
-    SetupWindow setup_{[this] { ++quits_; }};
+    int makings_ = 0;
+    bool hasViews_ = true;
+    std::optional<QRect> screen_ = QRect(100, 40, 1280, 760);
+    SetupWindow setup_{[this] { return make(); }, [this] { ++quits_; }};
 };
 
 TEST_F(SetupWindowTest, IsMadeWhenItIsFirstShown) {
     EXPECT_EQ(setup_.window(), nullptr);
     EXPECT_FALSE(setup_.isVisible());
     setup_.setAppearance(Appearance::dark);
-    EXPECT_EQ(setup_.window(), nullptr);
+    setup_.setTextScale(1.5);
+    EXPECT_EQ(makings_, 0);
     show();
     EXPECT_TRUE(setup_.isVisible());
     EXPECT_EQ(setup_.window()->title(), QStringLiteral("Brimwatch?"));
-    EXPECT_EQ(setup_.window()->size(), QSize(460, 520));
+}
+
+TEST_F(SetupWindowTest, IsAsHighAsTheScreenAllowsWhereItScrolls) {
+    show();
+    EXPECT_EQ(setup_.window()->size(), QSize(460, 700));
+    EXPECT_EQ(setup_.window()->minimumSize(), QSize(460, 360));
+    EXPECT_EQ(setup_.window()->maximumSize(), QSize(460, 16777215));
+}
+
+TEST_F(SetupWindowTest, IsAsHighAsItsContentWhereThatFits) {
+    screen_ = QRect(0, 0, 1280, 4000);
+    show();
+    const auto& view = static_cast<const QQuickView&>(*setup_.window());
+    const double content = view.rootObject()->property("contentHeight").toDouble();
+    EXPECT_GT(content, 800);
+    EXPECT_LT(content, 2000);
+    EXPECT_EQ(setup_.window()->size(), QSize(460, qRound(content)));
+    EXPECT_EQ(setup_.window()->minimumSize(), setup_.window()->size());
+    EXPECT_EQ(setup_.window()->maximumSize(), setup_.window()->size());
+    EXPECT_FALSE(itemIn(*view.rootObject(), "scrollBar").isVisible());
+}
+
+TEST_F(SetupWindowTest, CountsLargeTextsAndAllAccounts) {
+    screen_ = QRect(0, 0, 1280, 9000);
+    show();
+    const int before = setup_.window()->height();
+    for (const char* name : {".codex-a", ".codex-b"})
+        makeCodexFolder(name);
+    model().refresh();
+    QCoreApplication::processEvents();
+    SetupWindow withAccounts([this] { return make(); }, [] {});
+    withAccounts.show();
+    EXPECT_GT(withAccounts.window()->height(), before + 60);
+    SetupWindow withLargeTexts([this] { return make(); }, [] {});
+    withLargeTexts.setTextScale(2);
+    withLargeTexts.show();
+    EXPECT_GT(withLargeTexts.window()->height(), before + before / 4);
+}
+
+TEST_F(SetupWindowTest, IsMeasuredByAUsualScreenWithoutOne) {
+    screen_.reset();
+    show();
+    EXPECT_EQ(setup_.window()->height(), 740);
+}
+
+TEST_F(SetupWindowTest, StandsInTheMiddleOfTheScreen) {
+    show();
+    const QPoint center = setup_.window()->geometry().center();
+    EXPECT_NEAR(center.x(), screen_->center().x(), 1);
+    EXPECT_NEAR(center.y(), screen_->center().y(), 1);
+}
+
+TEST_F(SetupWindowTest, CanBeClosedAndMinimizedButNotMaximized) {
+    show();
+    const Qt::WindowFlags flags = setup_.window()->flags();
+    EXPECT_TRUE(flags.testFlag(Qt::WindowCloseButtonHint));
+    EXPECT_TRUE(flags.testFlag(Qt::WindowMinimizeButtonHint));
+    EXPECT_TRUE(flags.testFlag(Qt::WindowTitleHint));
+    EXPECT_FALSE(flags.testFlag(Qt::WindowMaximizeButtonHint));
+    EXPECT_EQ(setup_.window()->type(), Qt::Window);
 }
 
 TEST_F(SetupWindowTest, IsKeptWhenItIsClosed) {
@@ -54,6 +124,27 @@ TEST_F(SetupWindowTest, IsKeptWhenItIsClosed) {
     show();
     EXPECT_EQ(setup_.window(), first);
     EXPECT_TRUE(setup_.isVisible());
+    EXPECT_EQ(makings_, 1);
+}
+
+TEST_F(SetupWindowTest, ThereIsNeverASecondOne) {
+    show();
+    const auto windows = [] { return QGuiApplication::topLevelWindows().size(); };
+    const auto before = windows();
+    show();
+    EXPECT_EQ(windows(), before);
+    EXPECT_EQ(makings_, 1);
+}
+
+TEST_F(SetupWindowTest, RestsWhileItIsClosed) {
+    show();
+    press(Qt::Key_W);
+    makeRegisteredFolder(".claude-a");
+    model().refresh();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(settings_->claude()->accounts()->rowCount(), 0);
+    show();
+    EXPECT_EQ(settings_->claude()->accounts()->rowCount(), 1);
 }
 
 TEST_F(SetupWindowTest, IsBroughtForwardAgain) {
@@ -89,6 +180,15 @@ TEST_F(SetupWindowTest, LeavesOtherKeysAlone) {
     EXPECT_TRUE(setup_.isVisible());
 }
 
+TEST_F(SetupWindowTest, ItsKeysActOnceHoweverOftenItWasShown) {
+    show();
+    press(Qt::Key_W);
+    show();
+    show();
+    press(Qt::Key_Q);
+    EXPECT_EQ(quits_, 1);
+}
+
 TEST_F(SetupWindowTest, NamesWhatItsKeysDo) {
     const std::pair<const char*, const char*> rows[] = {
         {"Brimwatch? 종료", "Ctrl+Q"}, {"닫기", "Ctrl+W"}, {"최소화", "Ctrl+M"}};
@@ -107,6 +207,16 @@ TEST_F(SetupWindowTest, CanBeClosedBeforeItWasShown) {
     EXPECT_EQ(quits_, 1);
 }
 
+TEST_F(SetupWindowTest, IsTriedAgainIfTheViewsWereNotThere) {
+    hasViews_ = false;
+    setup_.show();
+    EXPECT_FALSE(setup_.isVisible());
+    EXPECT_EQ(setup_.window(), nullptr);
+    hasViews_ = true;
+    show();
+    EXPECT_EQ(makings_, 2);
+}
+
 TEST_F(SetupWindowTest, DoesNotKeepTheProgramFromQuitting) {
     show();
     bool isQuitting = false;
@@ -120,16 +230,24 @@ TEST_F(SetupWindowTest, DoesNotKeepTheProgramFromQuitting) {
 }
 
 TEST_F(SetupWindowTest, HasTheGroundOfTheAppearance) {
-    show();
-    const auto ground = [this] {
-        QCoreApplication::processEvents();
-        return setup_.window()->screen()->grabWindow(setup_.window()->winId()).toImage();
-    };
-    EXPECT_TRUE(
-        eventuallyInLoop([&] { return ground().pixelColor(20, 20) == colors::surfaceFill.light; }));
     setup_.setAppearance(Appearance::dark);
-    EXPECT_TRUE(eventuallyInLoop(
-        [&] { return ground().pixelColor(459, 519) == colors::surfaceFill.dark; }));
+    show();
+    EXPECT_EQ(ground(), colors::surfaceFill.dark);
+    setup_.setAppearance(Appearance::light);
+    EXPECT_EQ(ground(), colors::surfaceFill.light);
+    setup_.setAppearance(Appearance::dark);
+    EXPECT_EQ(ground(), colors::surfaceFill.dark);
+}
+
+TEST_F(SetupWindowTest, FollowsTheSizeOfTexts) {
+    show();
+    auto& view = static_cast<QQuickView&>(*setup_.window());
+    QQuickItem& label = itemIn(*view.rootObject(), "promise");
+    const double before = label.height();
+    setup_.setTextScale(2);
+    layOut(*view.rootObject());
+    EXPECT_GT(label.height(), 1.5 * before);
+    EXPECT_EQ(setup_.window()->height(), 700);
 }
 
 }  // namespace

@@ -13,9 +13,19 @@
 namespace brimwatch {
 namespace {
 
-constexpr const char* names[] = {
-    "checkmark.circle.fill",        "circle.lefthalf.filled", "exclamationmark.triangle.fill",
-    "exclamationmark.octagon.fill", "laptopcomputer",         "arrow.up.arrow.down"};
+constexpr const char* names[] = {"checkmark.circle.fill",
+                                 "circle.lefthalf.filled",
+                                 "exclamationmark.triangle.fill",
+                                 "exclamationmark.octagon.fill",
+                                 "laptopcomputer",
+                                 "arrow.up.arrow.down",
+                                 "folder",
+                                 "pencil",
+                                 "pause.circle",
+                                 "exclamationmark.circle",
+                                 "questionmark.circle",
+                                 "line.3.horizontal",
+                                 "chevron.up.chevron.down"};
 
 QImage drawn(const char* name, int side, const QColor& color = Qt::black) {
     Symbol symbol;
@@ -110,6 +120,29 @@ TEST(SymbolPaths, ShowWhatTheirNamesSay) {
         {"arrow.up.arrow.down", {28, 16}, true},            // the tip that points up
         {"arrow.up.arrow.down", {72, 84}, true},            // and down
         {"arrow.up.arrow.down", {50, 50}, false},
+        {"folder", {20, 16}, true},                   // the tab
+        {"folder", {80, 16}, false},                  // beside it
+        {"folder", {50, 60}, false},                  // the front
+        {"folder", {50, 84}, true},                   // its lower edge
+        {"pencil", {16, 84}, true},                   // the point, below to the left
+        {"pencil", {50, 50}, true},                   // the shaft
+        {"pencil", {20, 20}, false},                  // beside it
+        {"pause.circle", {38, 50}, true},             // a bar
+        {"pause.circle", {50, 50}, false},            // between the two
+        {"pause.circle", {50, 6}, true},              // the rim
+        {"exclamationmark.circle", {50, 40}, true},   // the mark
+        {"exclamationmark.circle", {50, 74}, true},   // its dot
+        {"exclamationmark.circle", {30, 50}, false},  // beside it
+        {"exclamationmark.circle", {94, 50}, true},   // the rim
+        {"questionmark.circle", {66, 40}, true},      // the hook
+        {"questionmark.circle", {50, 40}, false},     // within it
+        {"questionmark.circle", {50, 76}, true},      // the dot
+        {"line.3.horizontal", {20, 24}, true},        // a line
+        {"line.3.horizontal", {20, 37}, false},       // between two
+        {"line.3.horizontal", {80, 76}, true},        // the last one
+        {"chevron.up.chevron.down", {50, 10}, true},  // the tip that points up
+        {"chevron.up.chevron.down", {50, 90}, true},  // and down
+        {"chevron.up.chevron.down", {50, 50}, false},
     };
     for (const Pixel& pixel : pixels) {
         const int alpha = drawn(pixel.name, 100).pixelColor(pixel.place).alpha();

@@ -40,6 +40,7 @@ FocusScope {
         MouseArea {
             anchors.fill: parent
             hoverEnabled: true
+            onWheel: {}
         }
     }
     Rectangle {
@@ -78,6 +79,9 @@ FocusScope {
                 wrapMode: Text.Wrap
             }
             SecondaryButton {
+                id: confirm
+
+                KeyNavigation.tab: cancel
                 Layout.fillWidth: true
                 Layout.topMargin: 4
                 objectName: "dialog.confirm"
@@ -88,6 +92,7 @@ FocusScope {
             SecondaryButton {
                 id: cancel
 
+                KeyNavigation.tab: confirm
                 Layout.fillWidth: true
                 focus: true
                 objectName: "dialog.cancel"

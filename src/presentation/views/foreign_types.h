@@ -6,6 +6,7 @@
 
 #include "presentation/menu_content_model.h"
 #include "presentation/phone_link_sheet.h"
+#include "presentation/setup/setup_view_model.h"
 #include "presentation/usage_cards_model.h"
 
 namespace brimwatch {
@@ -22,6 +23,74 @@ struct PhoneLinkSheetType {
     QML_FOREIGN(brimwatch::PhoneLinkSheet)
     QML_NAMED_ELEMENT(PhoneLinkSheetModel)
     QML_UNCREATABLE("made by the program")
+};
+
+struct SetupViewModelType {
+    Q_GADGET
+    QML_FOREIGN(brimwatch::SetupViewModel)
+    QML_NAMED_ELEMENT(SetupViewModel)
+    QML_UNCREATABLE("made by the program")
+};
+
+struct SetupUpdatesType {
+    Q_GADGET
+    QML_FOREIGN(brimwatch::SetupUpdates)
+    QML_NAMED_ELEMENT(SetupUpdates)
+    QML_UNCREATABLE("made by the program")
+};
+
+struct ClaudeSectionType {
+    Q_GADGET
+    QML_FOREIGN(brimwatch::ClaudeSection)
+    QML_NAMED_ELEMENT(ClaudeSectionModel)
+    QML_UNCREATABLE("made by the program")
+};
+
+struct CodexSectionType {
+    Q_GADGET
+    QML_FOREIGN(brimwatch::CodexSection)
+    QML_NAMED_ELEMENT(CodexSectionModel)
+    QML_UNCREATABLE("made by the program")
+};
+
+struct CardOrderSectionType {
+    Q_GADGET
+    QML_FOREIGN(brimwatch::CardOrderSection)
+    QML_NAMED_ELEMENT(CardOrderSectionModel)
+    QML_UNCREATABLE("made by the program")
+};
+
+struct PhonesSectionType {
+    Q_GADGET
+    QML_FOREIGN(brimwatch::PhonesSection)
+    QML_NAMED_ELEMENT(PhonesSectionModel)
+    QML_UNCREATABLE("made by the program")
+};
+
+struct GeneralSectionType {
+    Q_GADGET
+    QML_FOREIGN(brimwatch::GeneralSection)
+    QML_NAMED_ELEMENT(GeneralSectionModel)
+    QML_UNCREATABLE("made by the program")
+};
+
+struct AddAccountFolderType {
+    Q_GADGET
+    QML_FOREIGN(brimwatch::AddAccountFolder)
+    QML_NAMED_ELEMENT(AddAccountFolderModel)
+    QML_UNCREATABLE("made by the program")
+};
+
+struct AccountRowsModelType {
+    Q_GADGET
+    QML_FOREIGN(brimwatch::AccountRowsModel)
+    QML_ANONYMOUS
+};
+
+struct KeyedRowsModelType {
+    Q_GADGET
+    QML_FOREIGN(brimwatch::KeyedRowsModel)
+    QML_ANONYMOUS
 };
 
 struct UsageCardsModelType {

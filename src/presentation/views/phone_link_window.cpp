@@ -3,7 +3,6 @@
 #include <QLoggingCategory>
 #include <QQmlEngine>
 #include <QQuickItem>
-#include <QQuickView>
 #include <utility>
 
 #include "presentation/views/view_module.h"
@@ -29,10 +28,11 @@ PhoneLinkWindow::PhoneLinkWindow(PhoneLinkSheet& sheet) : sheet_(sheet) {}
 
 PhoneLinkWindow::~PhoneLinkWindow() = default;
 
-void PhoneLinkWindow::show() {
+void PhoneLinkWindow::show(QWindow* parent) {
     // Before the window is made: it is placed by the size that it has then.
     if (!window_ || !window_->isVisible()) sheet_.appear();
     if (!window_ && !makeWindow()) return;
+    window_->setTransientParent(parent);
     window_->show();
     window_->raise();
     window_->requestActivate();

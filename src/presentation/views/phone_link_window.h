@@ -2,13 +2,13 @@
 // shown; a sheet that can't be made is logged, and nothing opens. Main thread.
 #pragma once
 
+#include <QQuickView>
 #include <memory>
 
 #include "presentation/phone_link_sheet.h"
 #include "presentation/sheet_window.h"
 
 class QQmlEngine;
-class QQuickView;
 
 namespace brimwatch {
 
@@ -22,12 +22,11 @@ class PhoneLinkWindow final : public SheetWindow {
     PhoneLinkWindow& operator=(const PhoneLinkWindow&) = delete;
     ~PhoneLinkWindow() override;
 
-    void show() override;
+    void show(QWindow* parent) override;
     void setAppearance(Appearance appearance) override;
     void setTextScale(double scale) override;
 
-    // None before the first showing.
-    QQuickView* window() const { return window_.get(); }
+    QQuickView* window() const override { return window_.get(); }
 
   private:
     bool makeWindow();

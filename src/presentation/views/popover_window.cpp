@@ -3,17 +3,9 @@
 #include <QKeyEvent>
 #include <QQuickItem>
 
+#include "presentation/views/view_module.h"
+
 namespace brimwatch {
-
-namespace {
-
-void polish(QQuickItem& item) {
-    for (QQuickItem* child : item.childItems())
-        polish(*child);
-    item.ensurePolished();
-}
-
-}  // namespace
 
 PopoverWindow::PopoverWindow(QQmlEngine* engine) : QQuickView(engine, nullptr) {
     setFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
@@ -29,11 +21,8 @@ PopoverWindow::PopoverWindow(QQmlEngine* engine) : QQuickView(engine, nullptr) {
 }
 
 void PopoverWindow::settle() {
-    constexpr int passes = 4;  // a text that wraps makes its column higher, and that the next one
-    QQuickItem& root = *rootObject();
-    for (int pass = 0; pass < passes; ++pass)
-        polish(root);
-    resize(root.size().toSize());
+    layOut(*rootObject());
+    resize(rootObject()->size().toSize());
 }
 
 void PopoverWindow::followActivity() {

@@ -30,15 +30,19 @@ QPainterPath roundedRectangle(const QRectF& rectangle, double radius) {
     return path;
 }
 
-// A line through the points, as wide as given, with round ends and bends.
-QPainterPath stroke(std::initializer_list<QPointF> points, double width) {
-    QPainterPath line;
-    line.addPolygon(QPolygonF(QList<QPointF>(points)));
+// The line as wide as given, with round ends and bends.
+QPainterPath stroke(const QPainterPath& line, double width) {
     QPainterPathStroker stroker;
     stroker.setWidth(width);
     stroker.setCapStyle(Qt::RoundCap);
     stroker.setJoinStyle(Qt::RoundJoin);
     return stroker.createStroke(line).simplified();
+}
+
+QPainterPath stroke(std::initializer_list<QPointF> points, double width) {
+    QPainterPath line;
+    line.addPolygon(QPolygonF(QList<QPointF>(points)));
+    return stroke(line, width);
 }
 
 // A polygon whose corners are cut by curves that begin `cut` before each of them.
@@ -70,6 +74,10 @@ QPainterPath exclamationMark(double top, double bottom, double dotAt) {
     return mark;
 }
 
+QPainterPath rim() {
+    return circle(48).subtracted(circle(40));
+}
+
 QPainterPath checkmarkCircle() {
     return circle(48).subtracted(stroke({{29, 53}, {44, 68}, {70, 34}}, 9.5));
 }
@@ -77,8 +85,7 @@ QPainterPath checkmarkCircle() {
 QPainterPath halfCircle() {
     QPainterPath half;
     half.addRect(0, 0, 50, gridSize);
-    const QPainterPath rim = circle(48).subtracted(circle(40));
-    return rim.united(circle(44).intersected(half));
+    return rim().united(circle(44).intersected(half));
 }
 
 QPainterPath triangle() {
@@ -110,6 +117,53 @@ QPainterPath arrows() {
     return up.united(down);
 }
 
+QPainterPath folder() {
+    const QPainterPath tab = roundedRectangle({3, 11, 46, 40}, 11);
+    const QPainterPath body = roundedRectangle({3, 22, 94, 66}, 11);
+    return tab.united(body).subtracted(roundedRectangle({12, 42, 76, 37}, 4));
+}
+
+// Upright, with its point below, and then turned.
+QPainterPath pencil() {
+    QPainterPath upright = roundedRectangle({38, -14, 24, 17}, 5);
+    upright.addRect(38, 8, 24, 66);
+    upright.addPolygon(QPolygonF({{38, 79}, {62, 79}, {50, 110}, {38, 79}}));
+    const QPainterPath turned = QTransform().rotate(45).map(upright);
+    return turned.translated(center - turned.boundingRect().center());
+}
+
+QPainterPath pauseCircle() {
+    return rim()
+        .united(roundedRectangle({33, 28, 11, 44}, 4))
+        .united(roundedRectangle({56, 28, 11, 44}, 4));
+}
+
+QPainterPath exclamationCircle() {
+    return rim().united(exclamationMark(25, 55, 74));
+}
+
+QPainterPath questionCircle() {
+    QPainterPath hook({34, 41});
+    hook.cubicTo(34, 19, 67, 19, 67, 40);
+    hook.cubicTo(67, 51, 50, 49, 50, 60);
+    QPainterPath dot;
+    dot.addEllipse(QPointF(50, 76), 6.3, 6.3);
+    return rim().united(stroke(hook, 9.5)).united(dot);
+}
+
+QPainterPath threeLines() {
+    constexpr double width = 9;
+    return stroke({{8, 24}, {92, 24}}, width)
+        .united(stroke({{8, 50}, {92, 50}}, width))
+        .united(stroke({{8, 76}, {92, 76}}, width));
+}
+
+QPainterPath chevrons() {
+    constexpr double width = 11;
+    return stroke({{22, 36}, {50, 8}, {78, 36}}, width)
+        .united(stroke({{22, 64}, {50, 92}, {78, 64}}, width));
+}
+
 struct NamedShape {
     QStringView name;
     QPainterPath (*shape)() = nullptr;
@@ -122,6 +176,13 @@ constexpr std::array shapes = {
     NamedShape{u"exclamationmark.octagon.fill", octagon},
     NamedShape{u"laptopcomputer", laptop},
     NamedShape{u"arrow.up.arrow.down", arrows},
+    NamedShape{u"folder", folder},
+    NamedShape{u"pencil", pencil},
+    NamedShape{u"pause.circle", pauseCircle},
+    NamedShape{u"exclamationmark.circle", exclamationCircle},
+    NamedShape{u"questionmark.circle", questionCircle},
+    NamedShape{u"line.3.horizontal", threeLines},
+    NamedShape{u"chevron.up.chevron.down", chevrons},
 };
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QQmlEngine>
+#include <QQuickItem>
 #include <QQuickWindow>
 #include <utility>
 
@@ -12,6 +13,16 @@
 extern void qml_register_types_Brimwatch();  // NOLINT(readability-identifier-naming)
 
 namespace brimwatch {
+
+namespace {
+
+void polish(QQuickItem& item) {
+    for (QQuickItem* child : item.childItems())
+        polish(*child);
+    item.ensurePolished();
+}
+
+}  // namespace
 
 void drawBySoftware() {
     static bool isDecided = false;
@@ -26,6 +37,12 @@ ViewPalette& preparedPalette(QQmlEngine& engine) {
     auto& palette = *engine.singletonInstance<ViewPalette*>(id);
     QCoreApplication::instance()->installEventFilter(&palette);
     return palette;
+}
+
+void layOut(QQuickItem& root) {
+    constexpr int passes = 4;  // a text that wraps makes its column higher, and that the next one
+    for (int pass = 0; pass < passes; ++pass)
+        polish(root);
 }
 
 }  // namespace brimwatch

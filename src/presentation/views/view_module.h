@@ -2,6 +2,7 @@
 #pragma once
 
 class QQmlEngine;
+class QQuickItem;
 
 namespace brimwatch {
 
@@ -13,5 +14,8 @@ void drawBySoftware();
 
 // Makes the module known to the engine. The palette is the engine's.
 ViewPalette& preparedPalette(QQmlEngine& engine);
+
+// Gives everything in the item its size. By itself that would happen only with the first picture.
+void layOut(QQuickItem& root);
 
 }  // namespace brimwatch

@@ -29,6 +29,10 @@ QVariantList ViewPalette::fiveHourInks() const {
     return {primaryLabel(), primaryLabel(), levelWarning(), levelExhausted()};
 }
 
+QVariantList ViewPalette::accountInks() const {
+    return {secondaryLabel(), levelComfortable(), levelWarning()};
+}
+
 bool ViewPalette::eventFilter(QObject* watched, QEvent* event) {
     if (watched == QCoreApplication::instance() && event->type() == QEvent::LanguageChange)
         qmlEngine(this)->retranslate();

@@ -7,6 +7,7 @@
 #include <QObject>
 #include <QQmlEngine>
 #include <QVariantList>
+#include <cmath>
 
 #include "presentation/colors.h"
 
@@ -31,6 +32,7 @@ class ViewPalette : public QObject {
     Q_PROPERTY(QColor levelExhausted READ levelExhausted NOTIFY appearanceChanged)
     Q_PROPERTY(QColor cardFill READ cardFill NOTIFY appearanceChanged)
     Q_PROPERTY(QColor surfaceFill READ surfaceFill NOTIFY appearanceChanged)
+    Q_PROPERTY(QColor rowFill READ rowFill NOTIFY appearanceChanged)
 
     Q_PROPERTY(QColor primaryLabel READ primaryLabel NOTIFY appearanceChanged)
     Q_PROPERTY(QColor secondaryLabel READ secondaryLabel NOTIFY appearanceChanged)
@@ -52,6 +54,8 @@ class ViewPalette : public QObject {
     Q_PROPERTY(QVariantList gaugeTints READ gaugeTints NOTIFY appearanceChanged)
     Q_PROPERTY(QVariantList statusInks READ statusInks NOTIFY appearanceChanged)
     Q_PROPERTY(QVariantList fiveHourInks READ fiveHourInks NOTIFY appearanceChanged)
+    // By the number of an `AccountTone`.
+    Q_PROPERTY(QVariantList accountInks READ accountInks NOTIFY appearanceChanged)
 
     Q_PROPERTY(double amountSize READ amountSize NOTIFY textScaleChanged)
     Q_PROPERTY(double suffixSize READ suffixSize NOTIFY textScaleChanged)
@@ -61,6 +65,8 @@ class ViewPalette : public QObject {
     Q_PROPERTY(double captionSize READ captionSize NOTIFY textScaleChanged)
     Q_PROPERTY(double calloutSize READ calloutSize NOTIFY textScaleChanged)
     Q_PROPERTY(double controlSize READ controlSize NOTIFY textScaleChanged)
+    // Of a line of a list.
+    Q_PROPERTY(double listRowHeight READ listRowHeight NOTIFY textScaleChanged)
     // Whether texts are so large that what stands side by side has to go below each other.
     Q_PROPERTY(bool accessibilitySize READ isAccessibilitySize NOTIFY textScaleChanged)
 
@@ -85,6 +91,7 @@ class ViewPalette : public QObject {
     QColor levelExhausted() const { return colors::levelExhausted.in(appearance_); }
     QColor cardFill() const { return colors::cardFill.in(appearance_); }
     QColor surfaceFill() const { return colors::surfaceFill.in(appearance_); }
+    QColor rowFill() const { return colors::rowFill.in(appearance_); }
 
     QColor primaryLabel() const { return colors::primaryLabel.in(appearance_); }
     QColor secondaryLabel() const { return colors::secondaryLabel.in(appearance_); }
@@ -105,6 +112,7 @@ class ViewPalette : public QObject {
     QVariantList gaugeTints() const;
     QVariantList statusInks() const;
     QVariantList fiveHourInks() const;
+    QVariantList accountInks() const;
 
     double amountSize() const { return 44 * textScale_; }
     double suffixSize() const { return 20 * textScale_; }
@@ -114,6 +122,7 @@ class ViewPalette : public QObject {
     double captionSize() const { return 12 * textScale_; }
     double calloutSize() const { return 12 * textScale_; }
     double controlSize() const { return 13 * textScale_; }
+    double listRowHeight() const { return std::round(controlSize() * 1.4) + 18; }
     bool isAccessibilitySize() const { return textScale_ >= 1.5; }
 
     // Of the application: texts of the views follow its language.
