@@ -1,6 +1,7 @@
 # Makes the desktop entry and the service of the session bus, for the prefix of this installation.
 
-get_filename_component(prefix "${CMAKE_INSTALL_PREFIX}" ABSOLUTE)
+# CMake says nothing for "/".
+get_filename_component(prefix "${CMAKE_INSTALL_PREFIX}/" ABSOLUTE)
 get_filename_component(command "${BRIMWATCH_BINDIR}/brimwatch" ABSOLUTE BASE_DIR "${prefix}")
 # What is more than that means something in one of the two files, quoted or not.
 if(NOT command MATCHES "^[A-Za-z0-9/ ._+,:@~-]+$")
