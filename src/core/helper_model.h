@@ -274,7 +274,7 @@ class HelperModel final : public QObject {
     std::optional<std::string> defaultNameOf(const SubscriptionLimits& limits) const;
     void storeHistory();
     void updateMenuTitle();
-    void publish();
+    void publish() const;
 
     void scheduleReload();
     void schedulePoll();

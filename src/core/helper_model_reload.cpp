@@ -59,7 +59,7 @@ void HelperModel::reload() {
     publish();
 }
 
-void HelperModel::publish() {
+void HelperModel::publish() const {
     std::vector<SubscriptionLimits> ordered = menuLimits();
     const Instant now = surroundings_.now();
     cloud().publish(ordered, now);

@@ -56,7 +56,9 @@ std::vector<QAction*> SetupWindow::actions() const {
 
 bool SetupWindow::eventFilter(QObject* /*watched*/, QEvent* event) {
     if (event->type() != QEvent::KeyPress) return false;
-    const QKeySequence pressed(static_cast<QKeyEvent*>(event)->keyCombination());
+    const auto* const key = dynamic_cast<QKeyEvent*>(event);
+    if (key == nullptr) return false;
+    const QKeySequence pressed(key->keyCombination());
     for (const std::unique_ptr<QAction>& action : actions_) {
         if (action->shortcut() != pressed) continue;
         action->trigger();

@@ -323,18 +323,18 @@ TEST_F(SetupViewTest, SpeaksTheLanguageThatIsChosen) {
     const LanguageTranslator translator(model());
     show();
     QQuickItem& box = item("settings.language");
-    EXPECT_EQ(spoken(&box), (Spoken{QAccessible::ComboBox, QStringLiteral("언어")}));
+    EXPECT_EQ(spoken(&box), (Spoken{QAccessible::ComboBox, QStringLiteral("언어 · Language")}));
     box.forceActiveFocus();
     pressKey(Qt::Key_Down);
     EXPECT_EQ(model().language().code, "en");
     QCoreApplication::processEvents();
     EXPECT_EQ(textOf(itemIn(box, "chosenTitle")), "English");
-    EXPECT_EQ(spoken(&box).name, "Language");
+    EXPECT_EQ(spoken(&box).name, "언어 · Language");
     EXPECT_EQ(titleOf("general"), "General");
     EXPECT_EQ(textOf(itemIn(item("settings.appTheme"), "chosenTitle")), "Dark");
     EXPECT_EQ(textOf(itemIn(item("subscription.codex-c"), "status")), "Waiting for limits");
     for (const std::string& korean : koreanTexts(root()))
-        EXPECT_EQ(korean, "");
+        EXPECT_EQ(korean, "언어 · Language");
     pressKey(Qt::Key_Up);
     QCoreApplication::processEvents();
     EXPECT_EQ(titleOf("general"), "일반");

@@ -15,8 +15,9 @@
 namespace brimwatch {
 namespace {
 
-// What only the log says, though not in the statement that writes it.
-const std::set<std::string> logged = {
+// What only the log says, though not in the statement that writes it, and what is said in both.
+const std::set<std::string> leftAlone = {
+    "언어 · Language",
     "열쇠 쓰기",
     "열쇠 읽기",
     "열쇠 지우기",
@@ -135,7 +136,7 @@ TEST(Translations, OfTheSourcesAreFound) {
 
 TEST(Translations, AreThereForEachTextOfTheSources) {
     for (const Language& language : allLanguages().subspan(1)) {
-        std::set<std::string> known = logged;
+        std::set<std::string> known = leftAlone;
         for (const Translation& entry : language.translations)
             addFragments(entry.key, known);
         for (const auto& [text, file] : textsOfSources())

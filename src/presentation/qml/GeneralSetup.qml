@@ -42,7 +42,8 @@ SetupSection {
         SetupPicker {
             chosen: root.model.language
             identifier: "settings.language"
-            title: qsTr("언어")
+            // In both, for whoever reads only one.
+            title: "언어 · Language"
             titles: root.model.languages
             onAsked: index => root.model.language = index
         }
