@@ -11,10 +11,12 @@
 namespace brimwatch {
 
 std::string shortTimeText(Instant instant, const std::string& locale) {
-    // By the hours of the region, whose language may be another one.
+    const icu::Locale known = numberLocale(locale);
+    // By the hours of the region, whose language may be another one; of no region, by those of all.
+    const char* const skeleton = known == icu::Locale::getRoot() ? "Hmm" : "jmm";
     UErrorCode error = U_ZERO_ERROR;
     const std::unique_ptr<icu::DateFormat> format(
-        icu::DateFormat::createInstanceForSkeleton("jmm", numberLocale(locale), error));
+        icu::DateFormat::createInstanceForSkeleton(skeleton, known, error));
     if (U_FAILURE(error) || !format) return {};
     format->adoptTimeZone(localZone(instant).release());
     icu::UnicodeString text;
