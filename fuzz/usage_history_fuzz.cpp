@@ -15,14 +15,14 @@ namespace {
 
 using namespace brimwatch;
 
-bool isInOrder(const RecentUsageSamples& samples) {
+bool isSorted(const RecentUsageSamples& samples) {
     return std::adjacent_find(samples.begin(), samples.end(), [](const auto& a, const auto& b) {
                return !(a.updatedAt < b.updatedAt);
            }) == samples.end();
 }
 
 bool areSound(const RecentUsageSamples& samples) {
-    return samples.size() <= recentUsageCapacity && isInOrder(samples) &&
+    return samples.size() <= recentUsageCapacity && isSorted(samples) &&
            std::all_of(samples.begin(), samples.end(),
                        [](const RecentUsageSample& sample) { return isValid(sample); });
 }
