@@ -1,6 +1,7 @@
 #include "publish/publishers/phone_limits.h"
 
 #include <chrono>
+#include <cstddef>
 #include <utility>
 
 #include "limits/recent_usage_history.h"
@@ -26,6 +27,17 @@ SubscriptionLimits limitsForPhone(SubscriptionLimits limits) {
     }
     limits.recentUsageHistory.reset();
     if (!samples.empty()) limits.recentUsageHistory = std::move(samples);
+    return limits;
+}
+
+std::vector<SubscriptionLimits> PhoneLimits::prepare(std::vector<SubscriptionLimits> limits) {
+    accounts_.resize(limits.size());
+    for (std::size_t index = 0; index < limits.size(); ++index) {
+        Account& account = accounts_[index];
+        if (account.given != limits[index])
+            account = {.given = limits[index], .prepared = limitsForPhone(limits[index])};
+        limits[index] = account.prepared;
+    }
     return limits;
 }
 

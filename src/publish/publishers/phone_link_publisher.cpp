@@ -6,7 +6,6 @@
 
 #include "limits/short_time_text.h"
 #include "platform/spawn.h"
-#include "publish/publishers/phone_limits.h"
 
 namespace brimwatch {
 namespace {
@@ -86,9 +85,7 @@ PhoneLinkPublisher::State PhoneLinkPublisher::restingState() const {
 
 std::optional<TaskEnd> PhoneLinkPublisher::publish(std::vector<SubscriptionLimits> limits,
                                                    Instant now) {
-    for (SubscriptionLimits& account : limits)
-        account = limitsForPhone(std::move(account));
-    latest_ = std::move(limits);
+    latest_ = phoneLimits_.prepare(std::move(limits));
     if (!canPublish() || !isCurrent() || isSending() || !key_) return std::nullopt;
     const ContentDigest digest = PublishSchedule::contentDigest(*latest_);
     if (!schedule_.isDue(digest, now)) return std::nullopt;

@@ -26,6 +26,7 @@
 #include "publish/mac_id.h"
 #include "publish/phone_key_store.h"
 #include "publish/publish_schedule.h"
+#include "publish/publishers/phone_limits.h"
 #include "publish/publishers/publication.h"
 #include "publish/publishers/publication_failure.h"
 #include "publish/publishers/record_save.h"
@@ -145,6 +146,7 @@ class PhoneLinkPublisher final : public QObject {
     PublishSchedule schedule_;
     std::optional<CloudRecord> record_;  // as the last save gave it
     std::optional<TaskEnd> sending_;
+    PhoneLimits phoneLimits_;
     std::optional<std::vector<SubscriptionLimits>> latest_;
 };
 

@@ -759,6 +759,17 @@ TEST_F(CloudPublishing, ARemovalThatHasBegunOutlivesThePublisher) {
     EXPECT_THAT(macs(), IsEmpty());
 }
 
+TEST_F(CloudPublishing, LogsUnderItsCategory) {
+    const LogCapture log;
+    start();
+    send(10);
+    advance(60s);
+    failSaves(cloudError(5));
+    send(20);
+    EXPECT_THAT(log.categories(), ElementsAre("net.quillmoor.brimwatch.mac.cloud",
+                                              "net.quillmoor.brimwatch.mac.cloud"));
+}
+
 TEST_F(CloudPublishing, TheEndOfTheProgramEndsASendThatHasNotBegun) {
     start();
     const std::optional<TaskEnd> end = publisher().publish(limits(10), now());

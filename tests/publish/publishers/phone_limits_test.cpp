@@ -5,6 +5,8 @@
 #include <gmock/gmock.h>
 
 #include <limits>
+#include <utility>
+#include <vector>
 
 #include "publish/publish_examples.h"
 
@@ -94,6 +96,38 @@ TEST(PhoneLimits, FiguresOfNoFiniteTimeHaveNoSamples) {
         limits.updatedAt = instantFromUnixSeconds(sign * std::numeric_limits<double>::infinity());
         EXPECT_EQ(limitsForPhone(limits).recentUsageHistory, std::nullopt);
     }
+}
+
+const RecentUsageSample* samplesOf(const SubscriptionLimits& limits) {
+    return &limits.recentUsageHistory->front();
+}
+
+TEST(PhoneLimits, AnAccountThatHasNotChangedIsNotWorkedOutAnew) {
+    PhoneLimits phoneLimits;
+    std::vector<SubscriptionLimits> limits = {withSamples(3), withSamples(5)};
+    limits[1].account = "home";
+    const std::vector<SubscriptionLimits> first = phoneLimits.prepare(limits);
+    EXPECT_THAT(first,
+                ::testing::ElementsAre(limitsForPhone(limits[0]), limitsForPhone(limits[1])));
+    limits[1].recentUsageHistory->push_back(test::weeklySample(-300, 20));
+    limits[1].updatedAt += std::chrono::seconds(300);
+    const std::vector<SubscriptionLimits> second = phoneLimits.prepare(limits);
+    EXPECT_THAT(second, ::testing::ElementsAre(first[0], limitsForPhone(limits[1])));
+    EXPECT_EQ(samplesOf(std::as_const(second[0])), samplesOf(std::as_const(first[0])));
+    EXPECT_NE(second[1], first[1]);
+}
+
+TEST(PhoneLimits, AccountsMayComeGoAndChangePlaces) {
+    PhoneLimits phoneLimits;
+    std::vector<SubscriptionLimits> limits = {withSamples(3), withSamples(5), withSamples(4)};
+    phoneLimits.prepare(limits);
+    limits.erase(limits.begin());
+    std::swap(limits[0], limits[1]);
+    EXPECT_THAT(phoneLimits.prepare(limits),
+                ::testing::ElementsAre(limitsForPhone(limits[0]), limitsForPhone(limits[1])));
+    EXPECT_THAT(phoneLimits.prepare({}), ::testing::IsEmpty());
+    EXPECT_THAT(phoneLimits.prepare(limits),
+                ::testing::ElementsAre(limitsForPhone(limits[0]), limitsForPhone(limits[1])));
 }
 
 }  // namespace

@@ -414,6 +414,17 @@ TEST_F(PhoneLinkPublishing, ItMayBeDestroyedAtEachStepOfASend) {
     }
 }
 
+TEST_F(PhoneLinkPublishing, LogsUnderItsCategory) {
+    const LogCapture log;
+    startLinked();
+    send(10);
+    advance(60s);
+    failSaves(cloudError(5));
+    send(20);
+    EXPECT_THAT(log.categories(), ElementsAre("net.quillmoor.brimwatch.mac.phone",
+                                              "net.quillmoor.brimwatch.mac.phone"));
+}
+
 TEST_F(PhoneLinkPublishing, TheEndOfTheProgramEndsASendThatHasNotBegun) {
     startLinked();
     const std::optional<TaskEnd> end = publisher().publish(limits(10), now());
