@@ -37,6 +37,7 @@ std::unique_ptr<UpdateEngine> ProgramUpdates::makeEngine(UpdateDelegate& delegat
                                              .info = surroundings_.info,
                                              .folders = folders_,
                                              .language = languageOf(surroundings_.locale),
+                                             .unpack = surroundings_.unpack,
                                              .sleep = sleepFor,
                                              .now = wallClock,
                                              .relaunch = [this] { return relaunch(); }});

@@ -8,6 +8,7 @@
 
 #include "platform/bundle_info.h"
 #include "platform/key_store.h"
+#include "platform/linux/update_archive.h"
 #include "platform/linux/version_folders.h"
 #include "support/file_system.h"
 #include "updates/app_updater.h"
@@ -24,6 +25,7 @@ class ProgramUpdates {
         std::string desktopProgram;  // that runs, without symbolic links
         std::string command;         // by which the user calls the program
         std::string locale;          // of the user
+        UnpackUpdate* unpack;        // called on a thread of its own
         std::function<void()> activateApplication;
         std::function<void()> quit;
     };

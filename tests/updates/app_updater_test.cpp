@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <memory>
+
 #include "core/virtual_time.h"
 #include "platform/linux/scripted_key_store.h"
 #include "updates/mac_private_update_keychain_store.h"
@@ -64,10 +66,8 @@ class AppUpdaterTest : public ::testing::Test {
         return request;
     }
     void handOver(const std::string& name) {
-        EXPECT_TRUE(delegate_->willInstallOnQuit(goodItem(), [this, name] {
-            // Whatever it does, the updater has let go of it.
-            installed_.push_back(name);
-        }));
+        EXPECT_TRUE(
+            delegate_->willInstallOnQuit(goodItem(), [this, name] { installed_.push_back(name); }));
     }
 
     BundleInfo info_ = test::privateUpdateInfo();
@@ -270,6 +270,18 @@ TEST_F(AppUpdaterTest, AReadyUpdateIsInstalledAtOnceWhereNobodyIsBusy) {
     EXPECT_EQ(time_.sleeperCount(), 0U);
     time_.advance(seconds(600));
     EXPECT_EQ(installed_.size(), 1U);
+}
+
+TEST_F(AppUpdaterTest, ABlockIsLetGoBeforeItRuns) {
+    make();
+    auto held = std::make_shared<int>();
+    const std::weak_ptr<int> isHeld = held;
+    EXPECT_TRUE(delegate_->willInstallOnQuit(goodItem(), [this, held = std::move(held)] {
+        handOver("next");
+        installed_.push_back("first " + std::to_string(held.use_count()));
+    }));
+    EXPECT_THAT(installed_, ElementsAre("next", "first 1"));
+    EXPECT_TRUE(isHeld.expired());
 }
 
 TEST_F(AppUpdaterTest, AReadyUpdateWaitsForTheFirstTickAtWhichNobodyIsBusy) {

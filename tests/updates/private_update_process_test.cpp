@@ -1,7 +1,10 @@
 // The two commands of private updates as a user gives them in a terminal.
 
 #include <gmock/gmock.h>
+#include <sched.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <filesystem>
 
@@ -132,6 +135,45 @@ TEST_F(PrivateUpdateProcess, AKeyStoreThatFailsIsOneLineWithoutItsStatus) {
     EXPECT_THAT(result.errorOutput,
                 ::testing::EndsWith("Private update Keychain access failed.\n"));
     EXPECT_THAT(result.errorOutput, Not(HasSubstr("-36")));
+}
+
+// For a user whom the system knows by his number alone, which only root may arrange.
+class PrivateUpdateWithoutHome : public PrivateUpdateProcess {
+  protected:
+    void SetUp() override {
+        if (::geteuid() != 0) GTEST_SKIP() << "only root can hide the list of users";
+        PrivateUpdateProcess::SetUp();
+        if (runWithoutHome({"--clear-private-updates"}).exitedWith(126))
+            GTEST_SKIP() << "this place allows no mount namespace";
+    }
+
+    test::ProcessResult runWithoutHome(const std::vector<std::string>& arguments) {
+        return test::runProcess(
+            {.program = prefix_ + "/bin/brimwatch",
+             .arguments = arguments,
+             .environment = {{"DBUS_SESSION_BUS_ADDRESS", ""},
+                             {"LANG", "C.UTF-8"},
+                             {"XDG_RUNTIME_DIR", folder_.file("runtime")}},
+             .input = "",
+             .prepare = [] {
+                 const bool isHidden =
+                     ::unshare(CLONE_NEWNS) == 0 &&
+                     ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+                     ::mount("/dev/null", "/etc/passwd", nullptr, MS_BIND, nullptr) == 0;
+                 if (!isHidden) ::_exit(126);
+             }});
+    }
+};
+
+TEST_F(PrivateUpdateWithoutHome, TheFileIsLookedAtFirstAllTheSame) {
+    expectFailure(runWithoutHome({"--configure-private-updates", folder_.file("missing")}),
+                  "Cannot read a regular, non-symlink configuration file.");
+    expectFailure(runWithoutHome({"--configure-private-updates", write("{}")}),
+                  "Configuration must contain only valid username and password strings.");
+    expectFailure(runWithoutHome({"--configure-private-updates", write(good)}),
+                  "Private update configuration failed.");
+    expectFailure(runWithoutHome({"--clear-private-updates"}),
+                  "Private update configuration failed.");
 }
 
 TEST_F(PrivateUpdateProcess, TheDesktopProgramTellsOfTheUsageByItself) {

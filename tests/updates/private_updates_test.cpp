@@ -77,6 +77,7 @@ class PrivateUpdates : public test::ApplicationTest {
                                                              .info = info_,
                                                              .folders = installation_.folders(),
                                                              .language = "ko",
+                                                             .unpack = &unpackUpdate,
                                                              .sleep = time_.sleeper(),
                                                              .now = [this] { return time_.now(); },
                                                              .relaunch =

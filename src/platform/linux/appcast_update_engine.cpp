@@ -43,9 +43,9 @@ double fractionOf(std::int64_t part, std::int64_t whole) {
 class AppcastUpdateEngine::Preparation {
   public:
     Preparation(PreparationOrder order, FileDescriptor file, const VersionFolders& folders,
-                std::function<void()> finished)
-        : thread_(QThread::create([this, order = std::move(order), folders] {
-              result_ = prepareUpdate(order, file_, folders, isCancelled_);
+                UnpackUpdate& unpack, std::function<void()> finished)
+        : thread_(QThread::create([this, order = std::move(order), folders, &unpack] {
+              result_ = prepareUpdate(order, file_, folders, unpack, isCancelled_);
           })),
           file_(std::move(file)) {
         QObject::connect(thread_.get(), &QThread::finished, &context_, std::move(finished));
@@ -308,7 +308,8 @@ void AppcastUpdateEngine::beginPreparation() {
                          .bundleIdentifier = setup_.info.bundleIdentifier,
                          .runningVersion = setup_.info.version,
                          .readyVersion = ready_ ? ready_->update.version : std::string()},
-        std::exchange(download_, {}), *setup_.folders, [this] { preparationFinished(); });
+        std::exchange(download_, {}), *setup_.folders, *setup_.unpack,
+        [this] { preparationFinished(); });
 }
 
 void AppcastUpdateEngine::preparationFinished() {

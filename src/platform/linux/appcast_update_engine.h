@@ -18,6 +18,7 @@
 
 #include "platform/bundle_info.h"
 #include "platform/linux/appcast.h"
+#include "platform/linux/update_archive.h"
 #include "platform/linux/update_fetch.h"
 #include "platform/linux/update_state.h"
 #include "platform/linux/version_folders.h"
@@ -39,6 +40,7 @@ class AppcastUpdateEngine final : public UpdateEngine {
         BundleInfo info;
         std::optional<VersionFolders> folders;  // nothing: it is somebody else's to update
         std::string language;                   // of the user, as in "ko"
+        UnpackUpdate* unpack;                   // called on a thread of its own
         Sleep sleep;
         std::function<Instant()> now;
         // Ends the program and starts what lies in its place then.

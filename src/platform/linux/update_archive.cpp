@@ -206,4 +206,9 @@ tl::expected<void, UnpackFailure> unpackArchive(int archive, int folder,
     return Unpacking(archive, folder, isCancelled, limits).run();
 }
 
+tl::expected<void, UnpackFailure> unpackUpdate(int archive, int folder,
+                                               const std::atomic<bool>& isCancelled) {
+    return unpackArchive(archive, folder, isCancelled);
+}
+
 }  // namespace brimwatch

@@ -30,4 +30,10 @@ tl::expected<void, UnpackFailure> unpackArchive(int archive, int folder,
                                                 const std::atomic<bool>& isCancelled,
                                                 const UnpackLimits& limits = {});
 
+// With the usual limits. The engine gets it as a value, since only who unpacks is to load the
+// library that reads archives.
+using UnpackUpdate = tl::expected<void, UnpackFailure>(int archive, int folder,
+                                                       const std::atomic<bool>& isCancelled);
+UnpackUpdate unpackUpdate;
+
 }  // namespace brimwatch

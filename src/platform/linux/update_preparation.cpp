@@ -11,7 +11,6 @@
 #include "platform/bundle_info.h"
 #include "platform/linux/appcast_version.h"
 #include "platform/linux/ed25519_signature.h"
-#include "platform/linux/update_archive.h"
 #include "platform/posix/executable_path.h"
 #include "platform/posix/posix_file_system.h"
 #include "support/paths.h"
@@ -58,12 +57,12 @@ Result checkSignature(const PreparationOrder& order, const FileDescriptor& file)
     return failure(UpdateFailure::signature);
 }
 
-Result unpackInto(const std::string& folder, const FileDescriptor& file,
+Result unpackInto(const std::string& folder, const FileDescriptor& file, UnpackUpdate& unpack,
                   const std::atomic<bool>& isCancelled) {
     const FileDescriptor opened(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!opened.isOpen() || ::lseek(file.get(), 0, SEEK_SET) != 0)
         return failure(UpdateFailure::disk);
-    const auto unpacked = unpackArchive(file.get(), opened.get(), isCancelled);
+    const auto unpacked = unpack(file.get(), opened.get(), isCancelled);
     if (unpacked) return {};
     return failure(unpacked.error() == UnpackFailure::archive ? UpdateFailure::archive
                                                               : UpdateFailure::disk);
@@ -83,9 +82,9 @@ Result checkContent(const PreparationOrder& order, const std::string& folder) {
 }
 
 Result fill(const PreparationOrder& order, const FileDescriptor& file,
-            const VersionFolders& folders, const std::string& staging,
+            const VersionFolders& folders, const std::string& staging, UnpackUpdate& unpack,
             const std::atomic<bool>& isCancelled) {
-    Result result = unpackInto(folders.path(staging), file, isCancelled);
+    Result result = unpackInto(folders.path(staging), file, unpack, isCancelled);
     if (result) result = checkContent(order, folders.path(staging));
     if (result && !folders.adopt(staging, order.version)) result = failure(UpdateFailure::disk);
     return result;
@@ -95,7 +94,7 @@ Result fill(const PreparationOrder& order, const FileDescriptor& file,
 
 tl::expected<void, UpdateFailure> prepareUpdate(const PreparationOrder& order,
                                                 const FileDescriptor& file,
-                                                const VersionFolders& folders,
+                                                const VersionFolders& folders, UnpackUpdate& unpack,
                                                 const std::atomic<bool>& isCancelled) {
     const Result isSigned = checkSignature(order, file);
     if (!isSigned) return isSigned;
@@ -103,7 +102,7 @@ tl::expected<void, UpdateFailure> prepareUpdate(const PreparationOrder& order,
     folders.removeUnused(order.readyVersion);
     const FileResult<std::string> staging = folders.makeStaging();
     if (!staging) return failure(UpdateFailure::disk);
-    const Result result = fill(order, file, folders, *staging, isCancelled);
+    const Result result = fill(order, file, folders, *staging, unpack, isCancelled);
     if (!result) folders.remove(*staging);
     return result;
 }

@@ -7,6 +7,7 @@
 #include <string>
 #include <tl/expected.hpp>
 
+#include "platform/linux/update_archive.h"
 #include "platform/linux/version_folders.h"
 #include "platform/posix/file_descriptor.h"
 #include "platform/update_engine.h"
@@ -27,7 +28,7 @@ struct PreparationOrder {
 // A cancelled one fails as the disk does.
 tl::expected<void, UpdateFailure> prepareUpdate(const PreparationOrder& order,
                                                 const FileDescriptor& file,
-                                                const VersionFolders& folders,
+                                                const VersionFolders& folders, UnpackUpdate& unpack,
                                                 const std::atomic<bool>& isCancelled);
 
 }  // namespace brimwatch
