@@ -14,6 +14,8 @@ set(BRIMWATCH_CLOUD_CONTAINER "iCloud.net.quillmoor.brimwatch" CACHE STRING
   "Container of the records for phones; never empty")
 set(BRIMWATCH_CLOUD_ENVIRONMENT "production" CACHE STRING "development or production")
 set(BRIMWATCH_CLOUD_API_TOKEN "" CACHE STRING "API token of that container and environment")
+set(BRIMWATCH_CLOUD_SERVICE "" CACHE STRING
+  "Address of the service with that container; empty: its provider's")
 set(BRIMWATCH_CLOUD_SIGN_IN_REDIRECT "http://127.0.0.1:28417/signed-in" CACHE STRING
   "Where the browser returns to, as stored with the API token")
 set(BRIMWATCH_PRIVATE_UPDATES_KEYCHAIN_GROUP "" CACHE STRING
@@ -37,6 +39,7 @@ function(brimwatch_bundle_info file)
       QMICloudContainer=CLOUD_CONTAINER
       QMICloudEnvironment=CLOUD_ENVIRONMENT
       QMICloudApiToken=CLOUD_API_TOKEN
+      QMICloudService=CLOUD_SERVICE
       QMICloudSignInRedirect=CLOUD_SIGN_IN_REDIRECT
       QMPrivateUpdatesKeychainGroup=PRIVATE_UPDATES_KEYCHAIN_GROUP
       QMUpdateHost=UPDATE_HOST

@@ -26,6 +26,8 @@ AppDelegate::AppDelegate(Surroundings surroundings)
       popover_([this] { return surroundings_.makePopover(content_); }) {
     connect(&surroundings_.model, &HelperModel::languageChanged, &updates_,
             &SetupUpdates::statusChanged);
+    connect(&surroundings_.model, &HelperModel::languageChanged, &setupWindow_,
+            &SetupWindow::translate);
     themeSoon_.setSingleShot(true);
     connect(&themeSoon_, &QTimer::timeout, this, &AppDelegate::applyTheme);
 }
@@ -42,14 +44,13 @@ void AppDelegate::didFinishLaunching() {
                                                            .timer = surroundings_.timer,
                                                            .uptime = surroundings_.uptime,
                                                            .rocket = surroundings_.rocket});
-    menu_.emplace(
-        StatusItemMenu::Surroundings{.model = surroundings_.model,
-                                     .item = surroundings_.item,
-                                     .now = surroundings_.now,
-                                     .open = [this] { statusItem_->toggle(std::nullopt, {}); },
-                                     .receiveNow = [this] { content_.receiveNow(); },
-                                     .openSetup = [this] { openSetupFromPopover(); },
-                                     .quit = surroundings_.quit});
+    menu_.emplace(StatusItemMenu::Surroundings{.model = surroundings_.model,
+                                               .item = surroundings_.item,
+                                               .now = surroundings_.now,
+                                               .open = [this] { openPopover(); },
+                                               .receiveNow = [this] { content_.receiveNow(); },
+                                               .openSetup = [this] { openSetupFromPopover(); },
+                                               .quit = surroundings_.quit});
     applyTheme();
     connect(&surroundings_.model, &HelperModel::appThemeChanged, this,
             [this] { themeSoon_.start(0); });
@@ -79,6 +80,12 @@ void AppDelegate::showPhoneLink() {
     phoneLinkWindow_->setAppearance(appearance());
     phoneLinkWindow_->setTextScale(surroundings_.appearance.textScale());
     phoneLinkWindow_->show(setupWindow_.isVisible() ? setupWindow_.window() : nullptr);
+    if (QWindow* window = phoneLinkWindow_->window()) setupWindow_.lendKeys(*window);
+}
+
+// A menu need not take the focus from it.
+void AppDelegate::openPopover() {
+    if (!popover_.isShown()) statusItem_->toggle(std::nullopt, {});
 }
 
 void AppDelegate::openSetupFromPopover() {

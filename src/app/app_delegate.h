@@ -75,6 +75,11 @@ class AppDelegate final : public QObject {
     void didFinishLaunching();
     // The program was started again while it runs: shows the settings, whatever is open.
     void reopen();
+    // The updates have something to say: shows the settings, with them in sight.
+    void showUpdates() {
+        updates_.setRevealed(true);
+        reopen();
+    }
     // Nothing if its window can't be made; the next call tries again. The model needs a publisher
     // for phones.
     void showPhoneLink();
@@ -83,6 +88,7 @@ class AppDelegate final : public QObject {
     SetupWindow& setupWindow() { return setupWindow_; }
 
   private:
+    void openPopover();
     void openSetupFromPopover();
     Appearance appearance() const;
     void applyTheme();

@@ -10,6 +10,7 @@
 
 #include "app/popover_library.h"
 #include "app/program_path.h"
+#include "app/unpacking_library.h"
 #include "platform/linux/boot_sleep.h"
 #include "platform/posix/executable_path.h"
 #include "platform/posix/wall_clock.h"
@@ -58,7 +59,8 @@ Desktop::Desktop(Application& application, const Environment& environment)
                 .desktopProgram = resolvedExecutablePath().value_or(std::string()),
                 .command = application.executable(),
                 .locale = application.locale(),
-                .activateApplication = [this] { delegate_.reopen(); },
+                .unpack = unpackByLibrary,
+                .activateApplication = [this] { delegate_.showUpdates(); },
                 .quit = [] { QCoreApplication::quit(); }}),
       delegate_({.model = application.model(),
                  .defaults = application.defaults(),
@@ -74,9 +76,11 @@ Desktop::Desktop(Application& application, const Environment& environment)
                  .locale = application.locale(),
                  .screenHeights = screenHeights,
                  .rocket = sharedRocket(),
-                 .makePopover = loadPopover,
-                 .makePhoneLinkWindow = loadPhoneLinkWindow,
-                 .makeSetupWindow = loadSetupWindow,
+                 .makePopover = [this](auto& content) { return loadPopover(content, appearance_); },
+                 .makePhoneLinkWindow =
+                     [this](auto& sheet) { return loadPhoneLinkWindow(sheet, appearance_); },
+                 .makeSetupWindow =
+                     [this](auto& settings) { return loadSetupWindow(settings, appearance_); },
                  .canSignIn = [canSignIn = canSignIn(application)] { return canSignIn; },
                  .signIn = [&application] { application.accountSignIn().start(); },
                  .openPage = QDesktopServices::openUrl,

@@ -7,9 +7,11 @@ namespace {
 
 CloudContainer containerOf(const BundleInfo& bundleInfo) {
     static_cast<void>(bundleInfo.requiredKeychainAccessGroup());
-    return {.identifier = bundleInfo.requiredCloudContainer(),
-            .environment = bundleInfo.cloudEnvironment,
-            .apiToken = bundleInfo.cloudApiToken};
+    CloudContainer container = {.identifier = bundleInfo.requiredCloudContainer(),
+                                .environment = bundleInfo.cloudEnvironment,
+                                .apiToken = bundleInfo.cloudApiToken};
+    if (!bundleInfo.cloudService.empty()) container.address = bundleInfo.cloudService;
+    return container;
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 
 #include "platform/bundle_info.h"
 #include "platform/key_store.h"
+#include "platform/linux/cloud_container.h"
 #include "platform/linux/cloud_sign_in.h"
 #include "platform/linux/cloud_user_token.h"
 #include "platform/linux/cloudkit_record_database.h"
@@ -30,6 +31,7 @@ class PhoneServices {
 
     RecordDatabase& records() { return records_; }
     PublishingRight right() const { return right_; }
+    const CloudContainer& container() const { return container_; }
     CloudSignIn& signIn() { return signIn_; }
 
   private:

@@ -7,6 +7,7 @@
 
 #include "app/program_path.h"
 #include "app/user_keys.h"
+#include "platform/key_store.h"
 #include "platform/posix/posix_file_system.h"
 #include "platform/posix/private_file.h"
 #include "platform/posix/standard_streams.h"
@@ -32,6 +33,25 @@ BundleInfo readOwnInfo() {
     return ownBundleInfo(files);
 }
 
+// Of a user without a home folder: there is no place for an item.
+class NoKeyStore final : public KeyStore {
+  public:
+    KeyStatus add(const KeyItem& /*item*/, const SecretBytes& /*value*/,
+                  KeyPrompt /*prompt*/) override {
+        return key_status::notAvailable;
+    }
+    Match copyMatching(const KeyItem& /*item*/, KeyPrompt /*prompt*/) override {
+        return {.status = key_status::notAvailable};
+    }
+    KeyStatus update(const KeyItem& /*item*/, const SecretBytes& /*value*/,
+                     KeyPrompt /*prompt*/) override {
+        return key_status::notAvailable;
+    }
+    KeyStatus remove(const KeyItem& /*item*/, KeyPrompt /*prompt*/) override {
+        return key_status::notAvailable;
+    }
+};
+
 MacPrivateUpdateResult<void> carryOut(Role role, const std::string& path, KeyStore& keys) {
     return role == Role::configurePrivateUpdates
                ? configurePrivateUpdates(path, readConfigurationFile, readOwnInfo, keys)
@@ -41,14 +61,15 @@ MacPrivateUpdateResult<void> carryOut(Role role, const std::string& path, KeySto
 }  // namespace
 
 int runPrivateUpdateRole(Role role, const std::string& path, const Environment& environment) {
-    if (role == Role::usageFailure) {
-        using Failure = MacPrivateUpdateFailure;
+    using Failure = MacPrivateUpdateFailure;
+    if (role == Role::usageFailure)
         return fail(Failure{.reason = Failure::Reason::syntax}.message());
-    }
     PosixFileSystem files;
     const std::unique_ptr<UserKeys> keys = UserKeys::open(environment, files);
-    if (!keys) return fail("Private update configuration failed.");
-    const MacPrivateUpdateResult<void> result = carryOut(role, path, keys->store());
+    NoKeyStore none;
+    const MacPrivateUpdateResult<void> result = carryOut(role, path, keys ? keys->store() : none);
+    if (!result && !keys && result.error().reason == Failure::Reason::keychain)
+        return fail("Private update configuration failed.");
     if (!result) return fail(result.error().message());
     writeStandardOutput("Private update configuration updated. Restart the app to apply it.\n");
     return EXIT_SUCCESS;

@@ -6,18 +6,21 @@
 #include "presentation/views/quick_popover.h"
 #include "presentation/views/quick_setup_window.h"
 
-extern "C" __attribute__((visibility("default"))) brimwatch::Popover* brimwatchMakePopover(
-    brimwatch::MenuContentModel& content) {
-    return new brimwatch::QuickPopover(
-        {.content = content, .blendsWindows = brimwatch::compositorBlendsWindows});
+#define BRIMWATCH_ENTRY extern "C" __attribute__((visibility("default")))
+
+BRIMWATCH_ENTRY brimwatch::Popover* brimwatchMakePopover(
+    brimwatch::MenuContentModel& content, const brimwatch::DesktopAppearance& desktop) {
+    return new brimwatch::QuickPopover({.content = content,
+                                        .desktop = &desktop,
+                                        .blendsWindows = brimwatch::compositorBlendsWindows});
 }
 
-extern "C" __attribute__((visibility("default"))) brimwatch::SheetWindow*
-brimwatchMakePhoneLinkWindow(brimwatch::PhoneLinkSheet& sheet) {
-    return new brimwatch::PhoneLinkWindow(sheet);
+BRIMWATCH_ENTRY brimwatch::SheetWindow* brimwatchMakePhoneLinkWindow(
+    brimwatch::PhoneLinkSheet& sheet, const brimwatch::DesktopAppearance& desktop) {
+    return new brimwatch::PhoneLinkWindow(sheet, &desktop);
 }
 
-extern "C" __attribute__((visibility("default"))) brimwatch::SheetWindow* brimwatchMakeSetupWindow(
-    brimwatch::SetupViewModel& settings) {
-    return new brimwatch::QuickSetupWindow({.settings = settings});
+BRIMWATCH_ENTRY brimwatch::SheetWindow* brimwatchMakeSetupWindow(
+    brimwatch::SetupViewModel& settings, const brimwatch::DesktopAppearance& desktop) {
+    return new brimwatch::QuickSetupWindow({.settings = settings, .desktop = &desktop});
 }

@@ -49,6 +49,7 @@ BundleInfo parseBundleInfo(std::string_view json) {
             .cloudContainer = text(*object, "QMICloudContainer"),
             .cloudEnvironment = text(*object, "QMICloudEnvironment"),
             .cloudApiToken = text(*object, "QMICloudApiToken"),
+            .cloudService = text(*object, "QMICloudService"),
             .cloudSignInRedirect = text(*object, "QMICloudSignInRedirect"),
             .privateUpdatesKeychainGroup = text(*object, "QMPrivateUpdatesKeychainGroup"),
             .updateHost = text(*object, "QMUpdateHost"),

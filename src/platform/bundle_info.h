@@ -21,6 +21,7 @@ struct BundleInfo {
     std::string cloudContainer = {};       // QMICloudContainer
     std::string cloudEnvironment = {};     // "development" or "production"
     std::string cloudApiToken = {};
+    std::string cloudService = {};         // an address; empty: that of the provider
     std::string cloudSignInRedirect = {};  // an address with a loopback port, kept with the token
 
     std::string privateUpdatesKeychainGroup = {};  // QMPrivateUpdatesKeychainGroup

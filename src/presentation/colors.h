@@ -52,5 +52,28 @@ inline constexpr DynamicColor controlHovered{{255, 255, 255, 41}, {0, 0, 0, 26}}
 inline constexpr DynamicColor controlPressed{{255, 255, 255, 61}, {0, 0, 0, 46}};
 inline constexpr DynamicColor focusRing{brandTeal, brandDeepTeal};
 
+// What takes their place where the user wants more contrast: 7 for texts, 4.5 for signs, and 3 for
+// the edges of what is usually told by its fill.
+namespace increased {
+
+inline constexpr DynamicColor levelComfortable{{94, 224, 208}, {12, 82, 74}};
+inline constexpr DynamicColor levelOverHalf{{255, 255, 255}, brandNavy};
+inline constexpr DynamicColor levelWarning{{255, 196, 120}, {120, 58, 0}};
+inline constexpr DynamicColor levelExhausted{{255, 166, 158}, {140, 20, 14}};
+inline constexpr DynamicColor primaryLabel{{255, 255, 255}, {0, 0, 0}};
+inline constexpr DynamicColor secondaryLabel{{255, 255, 255, 222}, {0, 0, 0, 222}};
+inline constexpr DynamicColor tertiaryFill{{118, 118, 128, 115}, {118, 118, 128, 71}};
+inline constexpr DynamicColor separator{{255, 255, 255, 130}, {0, 0, 0, 130}};
+inline constexpr DynamicColor indigo{{170, 168, 255}, {58, 56, 170}};
+inline constexpr DynamicColor teal{{110, 220, 240}, {10, 90, 110}};
+inline constexpr DynamicColor orange{{255, 190, 90}, {130, 62, 0}};
+inline constexpr DynamicColor red{{255, 160, 152}, {150, 10, 18}};
+inline constexpr DynamicColor popoverEdge{{255, 255, 255, 153}, {0, 0, 0, 153}};
+inline constexpr DynamicColor controlFill{{255, 255, 255, 41}, {0, 0, 0, 31}};
+inline constexpr DynamicColor controlHovered{{255, 255, 255, 71}, {0, 0, 0, 56}};
+inline constexpr DynamicColor controlPressed{{255, 255, 255, 97}, {0, 0, 0, 82}};
+inline constexpr DynamicColor focusRing{{94, 224, 208}, {12, 82, 74}};
+
+}  // namespace increased
 }  // namespace colors
 }  // namespace brimwatch

@@ -81,7 +81,9 @@ void MenuBarRenderer::makeTintOf(const QColor& ink) {
     const QImage rocket = makeTint_(rocket_.image, ink);
     if (rocket.isNull()) return;
     if (tints_.size() == tintLimit) tints_.erase(tints_.begin());
-    tints_.push_back({ink, rocket, stampOf(rocket, rocket_.size, scale_)});
+    // Without a bitmap the scale may be none; all are stamped anew when there is one.
+    tints_.push_back(
+        {ink, rocket, bitmap_.isNull() ? Stamp{} : stampOf(rocket, rocket_.size, scale_)});
 }
 
 void MenuBarRenderer::drawRing(const MenuBarIcon& icon, const QColor& ink) {

@@ -44,7 +44,7 @@ class MenuBarRenderer {
     struct Tint {
         QColor ink;
         QImage rocket;
-        Stamp stamp;  // of the rocket, for the present scale
+        Stamp stamp;  // of the rocket, for the scale of the bitmap
     };
 
     void prepareScale(double scale);

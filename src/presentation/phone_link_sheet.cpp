@@ -62,6 +62,8 @@ QString PhoneLinkSheet::linkText() const {
 }
 
 void PhoneLinkSheet::appear() {
+    setProblem({});
+    setCopied(false);
     try {
         publisher_.showLink();
     } catch (...) {

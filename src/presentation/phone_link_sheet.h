@@ -36,7 +36,7 @@ class PhoneLinkSheet final : public QObject {
     bool isCopied() const { return isCopied_; }
     const QString& problem() const { return problem_; }
 
-    // To be called when it is shown.
+    // To be called when it is shown: nothing stays of what a former showing told.
     Q_INVOKABLE void appear();
     Q_INVOKABLE void copy();
     Q_INVOKABLE void rotate();

@@ -6,15 +6,18 @@
 #include <iterator>
 #include <utility>
 
+#include "presentation/translated.h"
+
 namespace brimwatch {
 
 SetupWindow::SetupWindow(Make make, std::function<void()> quit) : make_(std::move(make)) {
-    addAction(QObject::tr("Brimwatch? 종료"), QStringLiteral("Ctrl+Q"), std::move(quit));
-    addAction(QObject::tr("닫기"), QStringLiteral("Ctrl+W"), [this] {
-        if (window() != nullptr) window()->close();
+    addAction("Brimwatch? 종료", QStringLiteral("Ctrl+Q"), std::move(quit));
+    addAction("닫기", QStringLiteral("Ctrl+W"), [this] {
+        if (QWindow* window = target()) window->close();
     });
-    addAction(QObject::tr("최소화"), QStringLiteral("Ctrl+M"), [this] {
-        if (isVisible()) window()->showMinimized();
+    addAction("최소화", QStringLiteral("Ctrl+M"), [this] {
+        QWindow* window = target();
+        if (window != nullptr && window->isVisible()) window->showMinimized();
     });
 }
 
@@ -50,29 +53,44 @@ QWindow* SetupWindow::window() const {
 std::vector<QAction*> SetupWindow::actions() const {
     std::vector<QAction*> actions;
     std::transform(actions_.begin(), actions_.end(), std::back_inserter(actions),
-                   [](const std::unique_ptr<QAction>& action) { return action.get(); });
+                   [](const Action& action) { return action.action.get(); });
     return actions;
 }
 
-bool SetupWindow::eventFilter(QObject* /*watched*/, QEvent* event) {
+void SetupWindow::translate() {
+    for (const Action& action : actions_)
+        action.action->setText(translated(action.text));
+}
+
+void SetupWindow::lendKeys(QWindow& window) {
+    window.installEventFilter(this);
+}
+
+bool SetupWindow::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() != QEvent::KeyPress) return false;
     const auto* const key = dynamic_cast<QKeyEvent*>(event);
     if (key == nullptr) return false;
     const QKeySequence pressed(key->keyCombination());
-    for (const std::unique_ptr<QAction>& action : actions_) {
-        if (action->shortcut() != pressed) continue;
-        action->trigger();
+    for (const Action& action : actions_) {
+        if (action.action->shortcut() != pressed) continue;
+        pressed_ = qobject_cast<QWindow*>(watched);
+        action.action->trigger();
+        pressed_.clear();
         return true;
     }
     return false;
 }
 
-void SetupWindow::addAction(const QString& text, const QString& keys, std::function<void()> run) {
-    auto action = std::make_unique<QAction>(text);
+void SetupWindow::addAction(const char* text, const QString& keys, std::function<void()> run) {
+    auto action = std::make_unique<QAction>(translated(text));
     action->setShortcut(QKeySequence(keys));
     QObject::connect(action.get(), &QAction::triggered, action.get(),
                      [run = std::move(run)] { run(); });
-    actions_.push_back(std::move(action));
+    actions_.push_back({text, std::move(action)});
+}
+
+QWindow* SetupWindow::target() const {
+    return pressed_ ? pressed_.data() : window();
 }
 
 }  // namespace brimwatch

@@ -32,19 +32,31 @@ class SetupWindow final : public QObject {
     QWindow* window() const;
     // What its keys do, with their texts.
     std::vector<QAction*> actions() const;
+    // Puts their texts into the language that is now the user's.
+    void translate();
+    // Has its keys act in another window of the program, too, and upon that.
+    void lendKeys(QWindow& window);
 
     // By itself: shortcuts of Qt know windows only where there are no widgets in the program.
     bool eventFilter(QObject* watched, QEvent* event) override;
 
   private:
-    void addAction(const QString& text, const QString& keys, std::function<void()> run);
+    struct Action {
+        const char* text;  // in Korean
+        std::unique_ptr<QAction> action;
+    };
+
+    void addAction(const char* text, const QString& keys, std::function<void()> run);
+    // The window with the key that is being pressed, else that of the settings.
+    QWindow* target() const;
 
     Make make_;
-    std::vector<std::unique_ptr<QAction>> actions_;
+    std::vector<Action> actions_;
     Appearance appearance_ = Appearance::light;
     double textScale_ = 1;
     std::unique_ptr<SheetWindow> sheet_;
     QPointer<QWindow> watched_;
+    QPointer<QWindow> pressed_;
 };
 
 }  // namespace brimwatch

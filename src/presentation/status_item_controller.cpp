@@ -118,7 +118,9 @@ void StatusItemController::showIcon(const MenuBarIcon& icon) {
     if (!ink_ || ink_->isDark != look.isDark) ink_ = Ink{look.isDark, look.ink};
     shownScale_ = look.scale;
     const QImage* picture = renderer_->render(icon, ink_->color, look.scale);
-    surroundings_.item.setPicture(picture != nullptr ? *picture : QImage());
+    // Not made on the spot: then the other one would be copied, deeply, with each frame.
+    static const QImage none;
+    surroundings_.item.setPicture(picture != nullptr ? *picture : none);
 }
 
 // Repaints what is shown: no step of the flight, no new trembling.

@@ -16,8 +16,11 @@ StatusItemMenu::StatusItemMenu(Surroundings surroundings) : surroundings_(std::m
                         &HelperModel::menuOrderChanged, &HelperModel::usageDisplayChanged})) {
         connect(&model, changed, this, [this] { soon_.start(0); });
     }
-    connect(&surroundings_.item, &StatusItem::menuOpened, this,
-            [this] { surroundings_.model.refresh(); });
+    // Rows also change with the time alone, of which the model tells nothing.
+    connect(&surroundings_.item, &StatusItem::menuOpened, this, [this] {
+        surroundings_.model.refresh();
+        show();
+    });
     connect(&surroundings_.item, &StatusItem::commandChosen, this, &StatusItemMenu::carryOut);
     show();
 }

@@ -1,22 +1,10 @@
-#include "app/app_delegate.h"
-
 #include <gmock/gmock.h>
 
-#include <QApplication>
-#include <QFont>
-#include <QQuickView>
-#include <QWindow>
-#include <memory>
+#include <QRasterWindow>
 
+#include "app_delegate_fixture.h"
 #include "harness/process.h"
-#include "model_fixture.h"
-#include "platform/linux/scripted_key_store.h"
 #include "presentation/colors.h"
-#include "presentation/status_menu.h"
-#include "presentation/views/quick_popover.h"
-#include "presentation/views/quick_setup_window.h"
-#include "quick_items.h"
-#include "scripted_desktop.h"
 
 namespace brimwatch {
 namespace {
@@ -24,144 +12,7 @@ namespace {
 using ::testing::IsEmpty;
 using ::testing::Not;
 
-class NoClipboard : public Clipboard {
-  public:
-    void setSecretText(const QString& /*text*/) override {}
-};
-
-class NoFileManager : public FileManager {
-  public:
-    void reveal(const std::string& /*path*/) override {}
-};
-
-class NoFolderPicker : public FolderPicker {
-  public:
-    void pick(QWindow& /*parent*/, const QString& /*title*/, Picked /*picked*/) override {}
-};
-
-struct SheetLog {
-    int showings = 0;
-    QWindow* parent = nullptr;
-    Appearance appearance = Appearance::light;
-    double textScale = 0;
-};
-
-class NotedSheet : public SheetWindow {
-  public:
-    explicit NotedSheet(SheetLog& log) : log_(log) {}
-
-    void show(QWindow* parent) override {
-        ++log_.showings;
-        log_.parent = parent;
-    }
-    QWindow* window() const override { return nullptr; }
-    void setAppearance(Appearance appearance) override { log_.appearance = appearance; }
-    void setTextScale(double scale) override { log_.textScale = scale; }
-
-  private:
-    SheetLog& log_;
-};
-
-class AppDelegateTest : public test::ModelFixture {
-  protected:
-    std::unique_ptr<SheetWindow> makeSheet() {
-        if (!hasViews_) return nullptr;
-        ++sheetCount_;
-        return std::make_unique<NotedSheet>(sheet_);
-    }
-    AppDelegate& launch() {
-        delegate_ = std::make_unique<AppDelegate>(AppDelegate::Surroundings{
-            .model = model(),
-            .defaults = defaults_,
-            .item = desktop_.item,
-            .session = desktop_.session,
-            .appearance = desktop_.appearance,
-            .clipboard = clipboard_,
-            .fileManager = fileManager_,
-            .folderPicker = folderPicker_,
-            .timer = desktop_.timer,
-            .now = [this] { return now(); },
-            .uptime = [] { return 1000.0; },
-            .locale = "ko",
-            .screenHeights = [] { return std::vector<double>{800}; },
-            .rocket = sharedRocket(),
-            .makePopover =
-                [](MenuContentModel& content) {
-                    return std::make_unique<QuickPopover>(
-                        QuickPopover::Surroundings{.content = content});
-                },
-            .makePhoneLinkWindow = [this](PhoneLinkSheet&) { return makeSheet(); },
-            .makeSetupWindow =
-                [](SetupViewModel& settings) {
-                    return std::make_unique<QuickSetupWindow>(
-                        QuickSetupWindow::Surroundings{.settings = settings});
-                },
-            .canSignIn = [] { return true; },
-            .signIn = [this] { ++signInCount_; },
-            .openPage = [](const QUrl&) {},
-            .sleep = time_.sleeper(),
-            .quit = [this] { ++quitCount_; },
-            .updater = updater_,
-            .isApplicationActive = [this] { return isActive_; }});
-        delegate_->didFinishLaunching();
-        return *delegate_;
-    }
-
-    AppDelegate& launchConnected() {
-        startWith(settings_key::setupDone, "true");
-        return launch();
-    }
-
-    void choose(StatusMenuCommand command) {
-        emit desktop_.item.commandChosen(static_cast<int>(command));
-    }
-
-    QQuickItem* settingsItem(const char* name) {
-        auto* window = static_cast<QQuickView*>(delegate_->setupWindow().window());
-        return test::findItem(window->rootObject(), name);
-    }
-    static QQuickItem* popoverItem(const char* name) {
-        for (QWindow* window : visibleWindows()) {
-            auto* view = qobject_cast<QQuickView*>(window);
-            if (view == nullptr) continue;
-            if (QQuickItem* found = test::findItem(view->rootObject(), name)) return found;
-        }
-        return nullptr;
-    }
-    int promiseSize() {
-        return settingsItem("promise")->property("font").value<QFont>().pixelSize();
-    }
-
-    static std::vector<QWindow*> visibleWindows() {
-        std::vector<QWindow*> windows;
-        for (QWindow* window : QGuiApplication::topLevelWindows()) {
-            if (window->isVisible()) windows.push_back(window);
-        }
-        return windows;
-    }
-
-    int argumentCount_ = 1;
-    std::string name_ = "app_test";
-    char* arguments_[2] = {name_.data(), nullptr};
-    QApplication application_{argumentCount_, arguments_};
-    test::ScriptedDesktop desktop_;
-    NoClipboard clipboard_;
-    NoFileManager fileManager_;
-    NoFolderPicker folderPicker_;
-    SheetLog sheet_;
-    int sheetCount_ = 0;
-    bool hasViews_ = true;
-    int quitCount_ = 0;
-    int signInCount_ = 0;
-    bool isActive_ = true;
-    test::ScriptedKeyStore keys_;
-    AppUpdater updater_{{.keys = keys_,
-                         .info = {},
-                         .makeEngine = nullptr,
-                         .sleep = nullptr,
-                         .activateApplication = [] {}}};
-    std::unique_ptr<AppDelegate> delegate_;
-};
+class AppDelegateTest : public test::AppDelegateFixture {};
 
 TEST_F(AppDelegateTest, ShowsTheLinkToAPhoneInItsThemeAndTextSize) {
     AppDelegate& delegate = launchConnected();
@@ -218,6 +69,13 @@ TEST_F(AppDelegateTest, TheSettingsFollowTheThemeWhileTheyAreOpen) {
     EXPECT_EQ(ground(), colors::surfaceFill.dark);
     desktop_.appearance.setDark(false);
     EXPECT_EQ(ground(), colors::surfaceFill.light);
+    desktop_.appearance.setDark(true);
+    ASSERT_EQ(ground(), colors::surfaceFill.dark);
+    model().setAppTheme(AppTheme::light);
+    EXPECT_TRUE(test::eventually([&ground] {
+        QCoreApplication::processEvents();
+        return ground() == colors::surfaceFill.light;
+    }));
 }
 
 TEST_F(AppDelegateTest, TheSettingsAreMadeInTheTextSizeOfTheDesktop) {
@@ -247,6 +105,21 @@ TEST_F(AppDelegateTest, TheCardsOpenTheSettingsOnTheirOrder) {
         QCoreApplication::processEvents();
         return !model().revealsMenuCardOrder();
     }));
+    const QQuickItem* scroll = settingsItem("scroll");
+    EXPECT_TRUE(test::eventually([scroll] {
+        QCoreApplication::processEvents();
+        return scroll->property("contentY").toDouble() > 0;
+    }));
+}
+
+TEST_F(AppDelegateTest, UpdatesThatHaveSomethingToSayShowTheSettings) {
+    AppDelegate& delegate = launchConnected();
+    delegate.showUpdates();
+    EXPECT_TRUE(delegate.setupWindow().isVisible());
+    const auto* const view = static_cast<QQuickView*>(delegate.setupWindow().window());
+    const auto* const waiting = view->rootObject()->findChild<QObject*>("revealUpdates");
+    ASSERT_NE(waiting, nullptr);
+    EXPECT_TRUE(waiting->property("running").toBool());
 }
 
 TEST_F(AppDelegateTest, AFirstRunShowsTheSettings) {
@@ -254,6 +127,12 @@ TEST_F(AppDelegateTest, AFirstRunShowsTheSettings) {
     launch();
     ASSERT_EQ(visibleWindows().size(), 1U);
     EXPECT_EQ(visibleWindows().front()->title(), "Brimwatch?");
+}
+
+TEST_F(AppDelegateTest, ASetupThatIsStoredAsNotDoneShowsTheSettings) {
+    startWith(settings_key::setupDone, "false");
+    launch();
+    EXPECT_EQ(visibleWindows().size(), 1U);
 }
 
 TEST_F(AppDelegateTest, OnceConnectedTheItemAloneAppears) {
@@ -313,6 +192,25 @@ TEST_F(AppDelegateTest, AReopenBringsTheOneWindowForward) {
     EXPECT_EQ(visibleWindows(), first);
 }
 
+TEST_F(AppDelegateTest, AReopenBringsAWindowForwardThatLiesBehindAnother) {
+    AppDelegate& delegate = launchConnected();
+    delegate.reopen();
+    const QWindow* settings = delegate.setupWindow().window();
+    const auto becomesActive = [settings](bool active) {
+        return test::eventually([settings, active] {
+            QCoreApplication::processEvents();
+            return settings->isActive() == active;
+        });
+    };
+    ASSERT_TRUE(becomesActive(true));
+    QRasterWindow other;
+    other.show();
+    other.requestActivate();
+    ASSERT_TRUE(becomesActive(false));
+    delegate.reopen();
+    EXPECT_TRUE(becomesActive(true));
+}
+
 TEST_F(AppDelegateTest, AClosedWindowComesBackAsTheSame) {
     AppDelegate& delegate = launchConnected();
     delegate.reopen();
@@ -337,6 +235,23 @@ TEST_F(AppDelegateTest, TheMenuOpensThePopover) {
     AppDelegate& delegate = launchConnected();
     choose(StatusMenuCommand::open);
     EXPECT_TRUE(delegate.popover().isShown());
+}
+
+TEST_F(AppDelegateTest, TheMenuLeavesAnOpenPopoverOpen) {
+    AppDelegate& delegate = launchConnected();
+    choose(StatusMenuCommand::open);
+    choose(StatusMenuCommand::open);
+    EXPECT_TRUE(delegate.popover().isShown());
+}
+
+TEST_F(AppDelegateTest, ThePopoverIsGoneBeforeTheSettingsCome) {
+    AppDelegate& delegate = launchConnected();
+    choose(StatusMenuCommand::open);
+    bool wereSettingsThere = true;
+    QObject::connect(&delegate.popover(), &Popover::didClose,
+                     [&] { wereSettingsThere = delegate.setupWindow().isVisible(); });
+    choose(StatusMenuCommand::setup);
+    EXPECT_FALSE(wereSettingsThere);
 }
 
 TEST_F(AppDelegateTest, TheSettingsTakeThePlaceOfThePopover) {
@@ -390,6 +305,18 @@ TEST_F(AppDelegateTest, OpeningTheMenuLooksForFreshFigures) {
     writeLimits("claude-default", 10, 20);
     emit desktop_.item.menuOpened();
     EXPECT_THAT(shownIds(), Not(IsEmpty()));
+}
+
+TEST_F(AppDelegateTest, OpeningTheMenuTellsOfAResetThatPassedWithoutAFigure) {
+    makeRegisteredFolder(".claude");
+    launchConnected();
+    writeLimits("claude-default", 60, 20);
+    model().refresh();
+    QCoreApplication::processEvents();
+    ASSERT_TRUE(desktop_.item.menu.front().label.contains("40%"));
+    advance(std::chrono::hours(3));
+    emit desktop_.item.menuOpened();
+    EXPECT_TRUE(desktop_.item.menu.front().label.contains("새 값 대기"));
 }
 
 }  // namespace

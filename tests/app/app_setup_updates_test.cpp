@@ -66,6 +66,20 @@ TEST_F(AppSetupUpdatesTest, TellWhyThereAreNone) {
     EXPECT_EQ(updates_->unavailabilityText(), "이 설치는 시스템의 패키지 관리자가 업데이트해요.");
 }
 
+TEST_F(AppSetupUpdatesTest, AreRevealedUntilTheyAreShown) {
+    AppSetupUpdates& updates = make();
+    int changes = 0;
+    QObject::connect(&updates, &SetupUpdates::isRevealedChanged, &updates,
+                     [&changes] { ++changes; });
+    EXPECT_FALSE(updates.isRevealed());
+    updates.setRevealed(true);
+    updates.setRevealed(true);
+    EXPECT_TRUE(updates.isRevealed());
+    updates.setRevealed(false);
+    EXPECT_FALSE(updates.isRevealed());
+    EXPECT_EQ(changes, 2);
+}
+
 TEST_F(AppSetupUpdatesTest, SayNothingWhereTheCredentialsCannotBeRead) {
     keys_.answer = [](const std::string&) { return key_status::interactionNotAllowed; };
     EXPECT_FALSE(make().isAvailable());

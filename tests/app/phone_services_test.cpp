@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <QCoreApplication>
+#include <QCoroTask>
 #include <cstdlib>
 #include <memory>
 
@@ -48,6 +49,31 @@ TEST_F(PhoneServicesTest, ABuildWithoutATokenDoesNotHaveIt) {
     BundleInfo development = complete;
     development.cloudApiToken.clear();
     EXPECT_EQ(make(development)->right(), PublishingRight::missing);
+}
+
+TEST_F(PhoneServicesTest, TheContainerIsThatOfTheBuild) {
+    EXPECT_EQ(make(complete)->container(), (CloudContainer{.identifier = "iCloud.net.example.test",
+                                                           .environment = "development",
+                                                           .apiToken = "token"}));
+}
+
+TEST_F(PhoneServicesTest, TheServiceIsTheProvidersUnlessTheBuildNamesAnother) {
+    EXPECT_EQ(make(complete)->container().address, "https://api.apple-cloudkit.com");
+    BundleInfo other = complete;
+    other.cloudService = "https://records.example";
+    EXPECT_EQ(make(other)->container().address, "https://records.example");
+}
+
+TEST_F(PhoneServicesTest, TheBrowserReturnsToTheAddressOfTheBuild) {
+    const auto endOfSignIn = [this](const BundleInfo& bundleInfo) {
+        const std::unique_ptr<PhoneServices> services = make(bundleInfo);
+        return QCoro::waitFor(services->signIn().signIn()).end;
+    };
+    BundleInfo unreachable = complete;
+    unreachable.cloudService = "http://127.0.0.1:1";
+    EXPECT_EQ(endOfSignIn(unreachable), CloudSignInResult::End::addressUnusable);
+    unreachable.cloudSignInRedirect = "http://127.0.0.1:28417/signed-in";
+    EXPECT_EQ(endOfSignIn(unreachable), CloudSignInResult::End::serverRefused);
 }
 
 TEST_F(PhoneServicesTest, ABuildWithoutItsIdentifiersEndsTheProcess) {

@@ -57,6 +57,7 @@ class ProgramUpdatesTest : public test::ApplicationTest {
             .desktopProgram = desktopProgram,
             .command = command,
             .locale = "ko_KR.UTF-8",
+            .unpack = unpackUpdate,
             .activateApplication = [this] { ++activations_; },
             .quit = [this] { ++quits_; }});
     }

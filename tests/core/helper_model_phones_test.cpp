@@ -6,10 +6,10 @@
 #include "log_capture.h"
 #include "publish/memory_key_store.h"
 #include "publish/publish_examples.h"
-#include "publish/publishers/publishers.h"
 #include "publish/publishers/scripted_record_database.h"
 #include "publish/publishers/task_result.h"
 #include "publish/shared_key.h"
+#include "publishing_model.h"
 
 namespace brimwatch {
 namespace {
@@ -41,16 +41,7 @@ class HelperModelPhones : public test::AccountsFixture {
     ~HelperModelPhones() override { model_.reset(); }
 
     HelperModel& startWithPhones() {
-        const PublisherDoors doors{.records = database_,
-                                   .keys = keys_,
-                                   .defaults = defaults_,
-                                   .right = PublishingRight::granted,
-                                   .now = [this] { return now(); },
-                                   .sleep = time_.sleeper()};
-        HelperModel::Surroundings around = surroundings();
-        around.cloud = makeCloudPublisher(doors);
-        around.phone = makePhoneLinkPublisher(doors);
-        return start(std::move(around));
+        return start(test::withPublishers(surroundings(), database_, keys_, defaults_, time_));
     }
     void startSending() {
         makeRegisteredFolder(".claude-a");

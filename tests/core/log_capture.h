@@ -13,7 +13,10 @@ class LogCapture {
   public:
     using Message = std::pair<QtMsgType, std::string>;
 
-    LogCapture() : former_(qInstallMessageHandler(&LogCapture::note)) { messages().clear(); }
+    LogCapture() : former_(qInstallMessageHandler(&LogCapture::note)) {
+        messages().clear();
+        categories().clear();
+    }
     LogCapture(const LogCapture&) = delete;
     LogCapture& operator=(const LogCapture&) = delete;
     ~LogCapture() { qInstallMessageHandler(former_); }
@@ -24,9 +27,16 @@ class LogCapture {
         return noted;
     }
 
+    // The categories of the messages, in the same order.
+    static std::vector<std::string>& categories() {
+        static std::vector<std::string> noted;
+        return noted;
+    }
+
   private:
-    static void note(QtMsgType type, const QMessageLogContext&, const QString& text) {
+    static void note(QtMsgType type, const QMessageLogContext& context, const QString& text) {
         messages().emplace_back(type, text.toStdString());
+        categories().emplace_back(context.category != nullptr ? context.category : "");
     }
 
     QtMessageHandler former_;

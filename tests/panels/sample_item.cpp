@@ -23,6 +23,7 @@ class LightDesktop : public DesktopAppearance {
   public:
     bool isDark() const override { return false; }
     bool reducesMotion() const override { return false; }
+    bool increasesContrast() const override { return false; }
     double textScale() const override { return 1; }
 };
 

@@ -13,7 +13,7 @@ constexpr const char* whole = R"({
   "QMKeychainAccessGroup": "b", "QMICloudContainer": "c",
   "QMICloudEnvironment": "d", "QMICloudApiToken": "e", "QMICloudSignInRedirect": "f",
   "QMPrivateUpdatesKeychainGroup": "g", "QMUpdateHost": "h", "SUFeedURL": "i",
-  "SUPublicEDKey": "j", "another": "k"})";
+  "SUPublicEDKey": "j", "QMICloudService": "k", "another": "l"})";
 
 TEST(BundleInfoTest, EachMemberIsRead) {
     EXPECT_EQ(parseBundleInfo(whole), (BundleInfo{.bundleIdentifier = "a",
@@ -23,6 +23,7 @@ TEST(BundleInfoTest, EachMemberIsRead) {
                                                   .cloudContainer = "c",
                                                   .cloudEnvironment = "d",
                                                   .cloudApiToken = "e",
+                                                  .cloudService = "k",
                                                   .cloudSignInRedirect = "f",
                                                   .privateUpdatesKeychainGroup = "g",
                                                   .updateHost = "h",

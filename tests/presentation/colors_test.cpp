@@ -6,6 +6,7 @@
 #include <string>
 
 #include "presentation/views/view_palette.h"
+#include "scripted_desktop.h"
 
 namespace brimwatch {
 namespace {
@@ -147,6 +148,54 @@ TEST(Colors, TextsAndSignsStandOutFromTheirGround) {
                 << pair.name << (appearance == Appearance::dark ? ", dark" : ", light");
         }
     }
+}
+
+TEST(Colors, WithMoreContrastTextsStandOutBySevenAndSignsByFourAndAHalf) {
+    namespace more = colors::increased;
+    constexpr Pair pairs[] = {
+        {"primary text", colors::cardFill, more::primaryLabel, 15},
+        {"secondary text", colors::cardFill, more::secondaryLabel, 7},
+        {"secondary text on the popover", colors::popoverFill, more::secondaryLabel, 7},
+        {"comfortable", colors::cardFill, more::levelComfortable, 7},
+        {"over half", colors::cardFill, more::levelOverHalf, 7},
+        {"warning", colors::cardFill, more::levelWarning, 7},
+        {"exhausted", colors::cardFill, more::levelExhausted, 7},
+        {"destructive buttons", colors::popoverFill, more::red, 7},
+        {"attention", colors::cardFill, more::orange, 4.5},
+        {"Claude", colors::cardFill, more::indigo, 4.5},
+        {"Codex", colors::cardFill, more::teal, 4.5},
+        {"focus ring", colors::popoverFill, more::focusRing, 4.5},
+        {"lines", colors::cardFill, more::separator, 3},
+        {"the edge of the popover", colors::popoverFill, more::popoverEdge, 3},
+    };
+    for (const Pair& pair : pairs) {
+        for (const Appearance appearance : {Appearance::light, Appearance::dark}) {
+            EXPECT_GE(contrast(pair.ground.in(appearance), pair.color.in(appearance)), pair.least)
+                << pair.name << (appearance == Appearance::dark ? ", dark" : ", light");
+        }
+    }
+}
+
+TEST(Colors, ThePaletteFollowsTheContrastThatTheDesktopTells) {
+    namespace more = colors::increased;
+    test::ScriptedAppearance desktop;
+    desktop.setIncreasesContrast(true);
+    ViewPalette palette;
+    int changes = 0;
+    QObject::connect(&palette, &ViewPalette::appearanceChanged, [&changes] { ++changes; });
+    EXPECT_EQ(palette.secondaryLabel(), colors::secondaryLabel.light);
+    palette.follow(desktop);
+    EXPECT_EQ(changes, 1);
+    EXPECT_TRUE(palette.increasesContrast());
+    EXPECT_EQ(palette.secondaryLabel(), more::secondaryLabel.light);
+    EXPECT_EQ(palette.gaugeTints().front().value<QColor>(), more::levelComfortable.light);
+    palette.setAppearance(Appearance::dark);
+    EXPECT_EQ(palette.separator(), more::separator.dark);
+    desktop.setIncreasesContrast(true);
+    EXPECT_EQ(changes, 2);
+    desktop.setIncreasesContrast(false);
+    EXPECT_EQ(changes, 3);
+    EXPECT_EQ(palette.separator(), colors::separator.dark);
 }
 
 TEST(Colors, SecondaryTextStaysReadableOnAPlanChip) {

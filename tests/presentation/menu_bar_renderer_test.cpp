@@ -47,6 +47,16 @@ TEST(MenuBarRenderer, PaintsNothingAtAScaleThatIsNone) {
     }
 }
 
+TEST(MenuBarRenderer, PaintsWithAnInkThatWasMadeWhereThereWasNoScale) {
+    const MenuBarIcon icon{.remaining = 0.5, .angle = 1, .shake = {}};
+    MenuBarRenderer renderer(solidRocket());
+    ASSERT_EQ(renderer.render(icon, Qt::black, 0), nullptr);
+    const QImage* picture = renderer.render(icon, Qt::black, 2);
+    ASSERT_NE(picture, nullptr);
+    MenuBarRenderer fresh(solidRocket());
+    EXPECT_EQ(*picture, *fresh.render(icon, Qt::black, 2));
+}
+
 TEST(MenuBarRenderer, TheTrackIsTheInkAtTwentySevenPercent) {
     for (const double angle : {0.1, 1.0, 2.0, 3.0, 4.0, 5.0, 6.0})
         EXPECT_EQ(LargeFrame(solidRocket(), ringAlone(0)).onRing(angle), track) << angle;

@@ -263,6 +263,14 @@ TEST_F(MenuContentView, ScrollsByArrowsFromAButtonToo) {
     EXPECT_TRUE(eventuallyInLoop([this] { return scrolled() > 20; }));
 }
 
+TEST_F(MenuContentView, BouncesOnlyWhereItScrolls) {
+    const auto bounce = [this] { return item("list").property("boundsBehavior").toInt(); };
+    show(test::cards(1));
+    EXPECT_EQ(bounce(), 0);  // StopAtBounds
+    show(test::cards(6));
+    EXPECT_EQ(bounce(), 3);  // DragAndOvershootBounds
+}
+
 TEST_F(MenuContentView, DoesNotScrollAListThatFits) {
     show(test::cards(1));
     press(Qt::Key_Down);

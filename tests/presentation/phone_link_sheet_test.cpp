@@ -41,6 +41,24 @@ TEST_F(PhoneLinkSheetTest, SaysWhyThereIsNoLink) {
               "확인해 주세요.");
 }
 
+TEST_F(PhoneLinkSheetTest, AppearsWithoutTheProblemOfTheLastTime) {
+    failKeys("copy");
+    PhoneLinkSheet& sheet = open();
+    sheet.appear();
+    ASSERT_NE(sheet.problem(), "");
+    keys_.answer = {};
+    sheet.appear();
+    EXPECT_EQ(sheet.problem(), "");
+    EXPECT_EQ(sheet.linkText(), textOf(storedKey().value()));
+}
+
+TEST_F(PhoneLinkSheetTest, AppearsWithoutTheWordOfTheLastCopy) {
+    PhoneLinkSheet& sheet = openLinked();
+    sheet.copy();
+    sheet.appear();
+    EXPECT_FALSE(sheet.isCopied());
+}
+
 TEST_F(PhoneLinkSheetTest, CopiesTheTextAndSaysSoForTwoSeconds) {
     PhoneLinkSheet& sheet = openLinked();
     sheet.copy();

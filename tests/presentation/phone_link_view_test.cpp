@@ -3,6 +3,7 @@
 #include <QMimeData>
 #include <QQuickView>
 #include <QTest>
+#include <string_view>
 
 #include "phone_link_sheet_fixture.h"
 #include "platform/linux/qt_clipboard.h"
@@ -88,6 +89,34 @@ TEST_F(PhoneLinkView, StacksItsPartsWithinItsMargins) {
     EXPECT_EQ(place("instruction").top() - place("code").bottom(), 14);
     EXPECT_EQ(place("phoneLink.close").right(), 420 - 24);
     EXPECT_EQ(place("phoneLink.close").bottom(), window().height() - 24);
+}
+
+TEST_F(PhoneLinkView, PutsTheTextIntoAFieldBesideItsButton) {
+    show();
+    const QQuickItem& code = item("codeText");
+    const QQuickItem& field = *code.parentItem();
+    EXPECT_EQ(code.position(), QPointF(10, 8));
+    EXPECT_EQ(field.width() - code.width(), 20);
+    // A layout gives whole pixels.
+    EXPECT_NEAR(field.height() - code.height(), 16, 0.99);
+    EXPECT_EQ(field.property("radius").toDouble(), 8);
+    EXPECT_NEAR(field.property("color").value<QColor>().alphaF(), 0.06, 0.005);
+    const QRectF place = field.mapRectToScene(field.boundingRect());
+    const QQuickItem& button = item("phoneLink.copy");
+    EXPECT_EQ(button.mapRectToScene(button.boundingRect()).left() - place.right(), 10);
+}
+
+TEST_F(PhoneLinkView, LaysTheCodeOnWhiteWithRoundCorners) {
+    show();
+    view_->setAppearance(Appearance::dark);
+    const QImage picture = window().grabWindow();
+    const QPoint corner = item("code").mapToScene(QPointF()).toPoint();
+    const QColor background = picture.pixelColor(4, 4);
+    ASSERT_NE(background, QColor(Qt::white));
+    // A corner of 10 leaves out the first of these, and holds the others.
+    EXPECT_EQ(picture.pixelColor(corner + QPoint(1, 1)), background);
+    EXPECT_EQ(picture.pixelColor(corner + QPoint(4, 4)), QColor(Qt::white));
+    EXPECT_EQ(picture.pixelColor(corner + QPoint(12, 1)), QColor(Qt::white));
 }
 
 TEST_F(PhoneLinkView, IsTheTitleTheProblemAndTheWayOutWithoutAKey) {
@@ -191,12 +220,95 @@ TEST_F(PhoneLinkView, TakesNothingBackWhenADialogIsEscaped) {
     EXPECT_TRUE(storedKey());
 }
 
+TEST_F(PhoneLinkView, GoesByEscapeAfterADialogWasEscaped) {
+    show();
+    press("phoneLink.disconnect");
+    QTest::keyClick(&window(), Qt::Key_Escape);
+    ASSERT_TRUE(window().isVisible());
+    QTest::keyClick(&window(), Qt::Key_Escape);
+    EXPECT_FALSE(window().isVisible());
+}
+
 TEST_F(PhoneLinkView, MakesTheLinkAnewAtEachShowing) {
     show();
     press("phoneLink.close");
     store(test::keyFilledWith('n'));
     view_->show(nullptr);
     EXPECT_EQ(text("codeText"), textOf(test::keyFilledWith('n')).toStdString());
+}
+
+TEST_F(PhoneLinkView, ForgetsTheProblemOfAFormerShowing) {
+    failKeys("copy");
+    open();
+    show();
+    ASSERT_TRUE(isSeen("problem"));
+    press("phoneLink.close");
+    keys_.answer = {};
+    view_->show(nullptr);
+    EXPECT_FALSE(isSeen("problem"));
+    EXPECT_TRUE(isSeen("codeText"));
+}
+
+TEST_F(PhoneLinkView, DoesNotShowADialogAgainThatWasOpenWhenItWent) {
+    show();
+    for (const char* dialog : {"rotation", "ending"}) {
+        const bool isRotation = std::string_view(dialog) == "rotation";
+        press(isRotation ? "phoneLink.rotate" : "phoneLink.disconnect");
+        ASSERT_TRUE(isSeen(dialog));
+        window().close();
+        view_->show(nullptr);
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(&window()));
+        EXPECT_FALSE(isSeen(dialog));
+    }
+    EXPECT_TRUE(storedKey());
+    QTest::keyClick(&window(), Qt::Key_Return);
+    EXPECT_FALSE(window().isVisible());
+}
+
+TEST_F(PhoneLinkView, ResumesAPausedLinkAlsoIfItIsShownAlready) {
+    show();
+    EXPECT_EQ(run(publisher().pause()), "");
+    ASSERT_TRUE(publisher().isPaused());
+    view_->show(nullptr);
+    EXPECT_FALSE(publisher().isPaused());
+}
+
+TEST_F(PhoneLinkView, GoesByEnterAlsoAfterAPressOfAnotherButton) {
+    show();
+    press("phoneLink.copy");
+    QTest::keyClick(&window(), Qt::Key_Return);
+    EXPECT_FALSE(window().isVisible());
+    EXPECT_EQ(clipboard_.texts.size(), 1U);
+}
+
+TEST_F(PhoneLinkView, GoesByEnterAlsoAfterADialogOfAnotherButton) {
+    show();
+    for (const char* name : {"phoneLink.rotate", "phoneLink.disconnect"}) {
+        press(name);
+        QTest::keyClick(&window(), Qt::Key_Escape);
+        ASSERT_TRUE(window().isVisible()) << name;
+        QTest::keyClick(&window(), Qt::Key_Return);
+        EXPECT_FALSE(window().isVisible()) << name;
+        view_->show(nullptr);
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(&window()));
+    }
+}
+
+TEST_F(PhoneLinkView, IsModalForTheWindowThatItIsShownFor) {
+    QWindow other;
+    view_ = std::make_unique<PhoneLinkWindow>(openLinked());
+    view_->show(&other);
+    EXPECT_EQ(window().modality(), Qt::WindowModal);
+    window().close();
+    view_->show(nullptr);
+    EXPECT_EQ(window().modality(), Qt::NonModal);
+}
+
+TEST_F(PhoneLinkView, StaysAsModalAsItWasShown) {
+    show();
+    QWindow other;
+    view_->show(&other);
+    EXPECT_EQ(window().modality(), Qt::NonModal);
 }
 
 TEST_F(PhoneLinkView, StaysBeforeTheWindowThatItIsShownFor) {

@@ -2,17 +2,14 @@
 //
 // QT_SCALE_FACTOR=2 in its environment draws for dense screens.
 
-#include <QDir>
-#include <QGuiApplication>
 #include <QImage>
 #include <QQuickView>
-#include <cstdlib>
-#include <iostream>
 #include <vector>
 
 #include "presentation/views/quick_popover.h"
 #include "sample_cards.h"
 #include "sample_content.h"
+#include "scene_pictures.h"
 
 namespace brimwatch::test {
 namespace {
@@ -46,41 +43,20 @@ std::vector<Scene> scenes() {
             {QStringLiteral("text-2"), {fullestCard()}, 2}};
 }
 
-bool draw(const Scene& scene, Popover::Appearance appearance, const QString& file) {
+QImage draw(const Scene& scene, Appearance appearance) {
     SampleContent content(scene.cards);
     QuickPopover popover({.content = content.model()});
     popover.setAppearance(appearance);
     popover.setTextScale(scene.textScale);
     popover.show(QPoint(400, 0), QString());
-    if (!popover.isShown()) return false;
-    const QImage picture = popover.window()->grabWindow();
-    return !picture.isNull() && picture.save(file);
-}
-
-int drawAll(const QString& folder) {
-    if (!QDir().mkpath(folder)) return EXIT_FAILURE;
-    for (const Scene& scene : scenes()) {
-        const QString name = folder + QLatin1Char('/') + scene.name;
-        const bool isDrawn =
-            draw(scene, Popover::Appearance::light, name + QLatin1String("-light.png")) &&
-            draw(scene, Popover::Appearance::dark, name + QLatin1String("-dark.png"));
-        if (!isDrawn) {
-            std::cerr << qPrintable(scene.name) << " could not be drawn\n";
-            return EXIT_FAILURE;
-        }
-    }
-    return EXIT_SUCCESS;
+    return popover.isShown() ? popover.window()->grabWindow() : QImage();
 }
 
 }  // namespace
 }  // namespace brimwatch::test
 
 int main(int count, char** arguments) {
-    ::setenv("QT_QPA_PLATFORM", "offscreen", 0);
-    QGuiApplication application(count, arguments);
-    if (count != 2) {
-        std::cerr << "usage: popover_pictures FOLDER\n";
-        return 2;
-    }
-    return brimwatch::test::drawAll(QString::fromLocal8Bit(arguments[1]));
+    using namespace brimwatch::test;
+    return drawOnCommand(count, arguments,
+                         [](const QString& folder) { return drawScenes(folder, scenes(), draw); });
 }

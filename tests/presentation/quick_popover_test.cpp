@@ -44,6 +44,37 @@ class QuickPopoverTest : public test::PopoverFixture {
 
 using Names = std::vector<std::string>;
 
+TEST_F(QuickPopoverTest, OffersTheTokenOfTheClickWhileItAsksForTheFocus) {
+    constexpr const char* variable = "XDG_ACTIVATION_TOKEN";
+    content_ = std::make_unique<test::SampleContent>(test::cards(1));
+    content_->model().setShown(false);
+    std::vector<std::string> offered;
+    make({.content = content_->model(), .activate = [&offered](QWindow& window) {
+              offered.push_back(qgetenv(variable).toStdString());
+              window.requestActivate();
+          }});
+    const auto show = [this](const char* token) {
+        popover_->show(QPoint(300, 0), QString::fromUtf8(token));
+    };
+    show("first");
+    EXPECT_TRUE(qEnvironmentVariableIsEmpty(variable));
+    show("while it is shown");
+    popover_->performClose();
+    show("");
+    EXPECT_EQ(offered, (Names{"first", "while it is shown", ""}));
+    EXPECT_FALSE(qEnvironmentVariableIsSet(variable));
+    ASSERT_TRUE(eventuallyInLoop([this] { return window().isActive(); }));
+}
+
+TEST_F(QuickPopoverTest, LeavesATokenOfTheProgramToQt) {
+    constexpr const char* variable = "XDG_ACTIVATION_TOKEN";
+    make();
+    qputenv(variable, "of the start");
+    popover_->show(QPoint(300, 0), QString());
+    EXPECT_EQ(qgetenv(variable), QByteArray("of the start"));
+    qunsetenv(variable);
+}
+
 TEST_F(QuickPopoverTest, MakesNothingBeforeItIsShown) {
     make().setAppearance(Appearance::dark);
     popover_->setTextScale(1.25);

@@ -111,6 +111,7 @@ class ScriptedAppearance final : public DesktopAppearance {
   public:
     bool isDark() const override { return isDark_; }
     bool reducesMotion() const override { return reducesMotion_; }
+    bool increasesContrast() const override { return increasesContrast_; }
     double textScale() const override { return textScale_; }
 
     void setDark(bool dark) {
@@ -121,7 +122,10 @@ class ScriptedAppearance final : public DesktopAppearance {
         reducesMotion_ = reduces;
         emit motionChanged();
     }
-
+    void setIncreasesContrast(bool increases) {
+        increasesContrast_ = increases;
+        emit contrastChanged();
+    }
     void setTextScale(double scale) {
         textScale_ = scale;
         emit textScaleChanged();
@@ -130,6 +134,7 @@ class ScriptedAppearance final : public DesktopAppearance {
   private:
     bool isDark_ = false;
     bool reducesMotion_ = false;
+    bool increasesContrast_ = false;
     double textScale_ = 1;
 };
 

@@ -71,6 +71,17 @@ TEST_F(SetupAddFolder, AddsAFolderOfClaudeCodeAndGoes) {
     EXPECT_THAT(model().claudeManualDirectories(), ElementsAre(folder));
 }
 
+TEST_F(SetupAddFolder, AFolderThatWasOnlyDeclinedIsShownAsConnected) {
+    const std::string folder = makeRegisteredFolder(".claude-a");
+    defaults_.put("claudeAutoConnect", R"({"enabled":true,"declined":[")" + folder + R"("]})");
+    AddAccountFolder& sheet = openForClaude();
+    const auto isOn = [this] { return settings_->claude()->accounts()->accounts().at(0).isOn; };
+    ASSERT_FALSE(isOn());
+    save(sheet, folder);
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(isOn());
+}
+
 TEST_F(SetupAddFolder, AddsAFolderOfCodexAndGoes) {
     const std::string folder = makeFolder("teams/codex", "config.toml");
     save(openForCodex(), folder);

@@ -132,6 +132,16 @@ TEST_F(SetupCardOrder, ACardThatGoesWhileItIsDraggedChangesNothingAnyMore) {
     EXPECT_THAT(model().menuOrder(), IsEmpty());
 }
 
+TEST_F(SetupCardOrder, ACardThatGoesIsDraggedNoMore) {
+    CardOrderSection& order = showThree();
+    QSignalSpy spy(&order, &CardOrderSection::draggingChanged);
+    order.drag(a);
+    model().disconnectClaude(claudeAccount(path(".claude-a")));
+    QCoreApplication::processEvents();
+    EXPECT_EQ(order.dragging(), "");
+    EXPECT_EQ(spy.count(), 2);
+}
+
 TEST_F(SetupCardOrder, FollowsTheNamesOfTheUser) {
     showThree();
     settings_->setUsageName("codex-c", "리뷰용");

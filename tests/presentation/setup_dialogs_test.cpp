@@ -229,6 +229,8 @@ TEST_F(SetupDialogs, ARemovalIsAskedForFirst) {
               "지워도 돼요.");
     EXPECT_EQ(spoken(&item("settings.removeEverything")),
               (Spoken{QAccessible::Button, QStringLiteral("모두 해제")}));
+    constexpr int destructive = 1;
+    EXPECT_EQ(item("settings.removeEverything").property("role").toInt(), destructive);
     EXPECT_FALSE(isSeen("removal.done"));
     press("settings.removeEverything");
     QQuickItem& dialog = item("removalDialog");
@@ -237,6 +239,7 @@ TEST_F(SetupDialogs, ARemovalIsAskedForFirst) {
     EXPECT_EQ(accessible("removalDialog").text(QAccessible::Description),
               "Claude Code 상태줄을 원래대로 돌리고 iPhone과 안드로이드로 보낸 값을 지워요.");
     EXPECT_EQ(textOf(itemIn(dialog, "dialog.confirm")), "모두 해제");
+    EXPECT_EQ(itemIn(dialog, "dialog.confirm").property("role").toInt(), destructive);
     press(itemIn(dialog, "dialog.cancel"));
     settleAll();
     EXPECT_TRUE(isRegistered(folder));
@@ -277,6 +280,35 @@ TEST_F(SetupDialogs, TheKeyboardStaysInTheQuestion) {
     EXPECT_TRUE(itemIn(dialog, "dialog.cancel").hasActiveFocus());
 }
 
+TEST_F(SetupDialogs, TheKeyboardGoesBackToWhereTheQuestionCameFrom) {
+    showAccounts();
+    press("settings.removeEverything");
+    pressKey(Qt::Key_Escape);
+    EXPECT_TRUE(hasFocus("settings.removeEverything"));
+    pressKey(Qt::Key_Space);
+    ASSERT_TRUE(isSeen("removalDialog"));
+    pressKey(Qt::Key_Space);
+    EXPECT_FALSE(isSeen("removalDialog"));
+    EXPECT_TRUE(hasFocus("settings.removeEverything"));
+}
+
+TEST_F(SetupDialogs, AnAnswerCountsOnce) {
+    const std::string folder = makeRegisteredFolder(".claude-a");
+    start();
+    show();
+    press("settings.removeEverything");
+    pressKey(Qt::Key_Tab);
+    pressKey(Qt::Key_Return);
+    ASSERT_TRUE(model().isRemoving());
+    settleAll();
+    ASSERT_FALSE(isRegistered(folder));
+    model().connectClaude();
+    ASSERT_TRUE(isRegistered(folder));
+    pressKey(Qt::Key_Return);
+    settleAll();
+    EXPECT_TRUE(isRegistered(folder)) << "nobody was asked again";
+}
+
 // --- Failures ---
 
 TEST_F(SetupDialogs, AFailureIsToldUntilItIsSeen) {
@@ -294,6 +326,17 @@ TEST_F(SetupDialogs, AFailureIsToldUntilItIsSeen) {
     EXPECT_FALSE(alert.isVisible());
     EXPECT_EQ(model().failure(), std::nullopt);
     EXPECT_TRUE(hasFocus("claude.connectAll"));
+}
+
+TEST_F(SetupDialogs, AFailureThatCameBeforeTheWindowHasTheKeyboard) {
+    start();
+    model().connectClaude();
+    show();
+    ASSERT_TRUE(isSeen("failure"));
+    EXPECT_TRUE(hasFocus("alert.seen"));
+    pressKey(Qt::Key_Return);
+    EXPECT_FALSE(isSeen("failure"));
+    EXPECT_FALSE(hasFocus("alert.seen"));
 }
 
 TEST_F(SetupDialogs, AFailureGoesByEscapeAndEnter) {

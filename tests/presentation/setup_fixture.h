@@ -13,8 +13,8 @@
 #include "presentation/setup/setup_view_model.h"
 #include "publish/memory_key_store.h"
 #include "publish/publish_examples.h"
-#include "publish/publishers/publishers.h"
 #include "publish/publishers/scripted_record_database.h"
+#include "publishing_model.h"
 
 namespace brimwatch::test {
 
@@ -97,16 +97,7 @@ class SetupFixture : public AccountsFixture {
     }
     // A model that sends to phones.
     HelperModel& startWithPhones() {
-        const PublisherDoors doors{.records = database_,
-                                   .keys = keys_,
-                                   .defaults = defaults_,
-                                   .right = PublishingRight::granted,
-                                   .now = [this] { return now(); },
-                                   .sleep = time_.sleeper()};
-        HelperModel::Surroundings around = surroundings();
-        around.cloud = makeCloudPublisher(doors);
-        around.phone = makePhoneLinkPublisher(doors);
-        return start(std::move(around));
+        return start(withPublishers(surroundings(), database_, keys_, defaults_, time_));
     }
     // Lets the model and what follows it come to rest.
     void settleAll() {

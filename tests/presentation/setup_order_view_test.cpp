@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include <QAccessibleActionInterface>
+#include <cmath>
 
 #include "setup_view_fixture.h"
 
@@ -150,6 +151,33 @@ TEST_F(SetupOrderView, TheViewDoesNotScrollWhileARowIsDragged) {
     releaseMouse(start);
 }
 
+TEST_F(SetupOrderView, ACardThatWentWhileItWasDraggedComesBackAtRest) {
+    showThree();
+    const QPoint start = centerOf(c);
+    pressMouse(start);
+    moveMouse(start - QPoint(0, 14));
+    ASSERT_EQ(settings_->cardOrder()->dragging(), c);
+    model().setCodexEnabled(false);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(settings_->cardOrder()->dragging(), "");
+    releaseMouse(start);
+    model().setCodexEnabled(true);
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(row(c).property("isDragged").toBool());
+}
+
+TEST_F(SetupOrderView, AllRowsMayGoWhileTheLastOneIsDragged) {
+    showThree();
+    const QPoint start = centerOf(c);
+    pressMouse(start);
+    moveMouse(start - QPoint(0, 14));
+    model().setClaudeUsagePaused(true);
+    model().setCodexEnabled(false);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(settings_->cardOrder()->rowCount(), 0);
+    releaseMouse(start);
+}
+
 TEST_F(SetupOrderView, TheKeyboardMovesARow) {
     showThree();
     row(b).forceActiveFocus();
@@ -162,6 +190,54 @@ TEST_F(SetupOrderView, TheKeyboardMovesARow) {
     pressKey(Qt::Key_Up);
     pressKey(Qt::Key_Up, Qt::ControlModifier);
     EXPECT_THAT(model().menuOrder(), ElementsAre(a, c, b));
+}
+
+TEST_F(SetupOrderView, ARowThatTheKeyboardMovesStaysInSight) {
+    showThree(420);
+    QQuickItem& scroll = item("scroll");
+    row(a).forceActiveFocus();
+    const double below = place(row(a)).bottom() - window().height();
+    scroll.setProperty("contentY", scroll.property("contentY").toDouble() + below);
+    pressKey(Qt::Key_Down, Qt::AltModifier);
+    pressKey(Qt::Key_Down, Qt::AltModifier);
+    EXPECT_TRUE(eventuallyInLoop([this] { return isAtRest(); }));
+    EXPECT_LE(place(row(a)).bottom(), window().height());
+    scroll.setProperty("contentY", scroll.property("contentY").toDouble() + place(row(a)).top());
+    pressKey(Qt::Key_Up, Qt::AltModifier);
+    pressKey(Qt::Key_Up, Qt::AltModifier);
+    EXPECT_TRUE(eventuallyInLoop([this] { return isAtRest(); }));
+    EXPECT_GE(place(row(a)).top(), 0);
+}
+
+TEST_F(SetupOrderView, ALongTitleWrapsAndAllRowsAreAsHighAsItsOwn) {
+    startWithThreeCards();
+    model().setUsageName("claude-b", "팀에서 함께 쓰는 업무용 구독 계정의 아주 긴 이름");
+    show(2);
+    const QQuickItem& title = itemIn(row(b), "title");
+    EXPECT_GT(title.property("lineCount").toInt(), 1);
+    EXPECT_GE(row(b).height(), title.property("paintedHeight").toDouble());
+    EXPECT_EQ(row(a).height(), row(b).height());
+    EXPECT_EQ(row(c).height(), row(b).height());
+    EXPECT_TRUE(isAtRest());
+    EXPECT_GE(place(item("cardOrder.reset")).top(), place(row(c)).bottom());
+    const QPoint start = centerOf(a);
+    const QPoint end = centerOf(b);
+    pressMouse(start);
+    moveMouse(start + QPoint(0, 14));
+    EXPECT_THAT(model().menuOrder(), IsEmpty());
+    moveMouse(end);
+    EXPECT_THAT(model().menuOrder(), ElementsAre(b, a, c));
+    releaseMouse(end);
+}
+
+TEST_F(SetupOrderView, ShortTitlesHaveRowsOfTheUsualHeight) {
+    for (const double scale : {1.0, 1.5, 2.0}) {
+        startWithThreeCards();
+        show(scale);
+        EXPECT_EQ(row(a).height(), std::round(13 * scale * 1.4) + 18) << scale;
+        window_.reset();
+        settings_.reset();
+    }
 }
 
 TEST_F(SetupOrderView, AnAccessibilityClientMovesARowByItsActions) {
@@ -227,6 +303,7 @@ TEST_F(SetupOrderView, ComesToTheTopWhenTheUserWantsToArrangeTheCards) {
 
 TEST_F(SetupOrderView, ComesToTheTopInAnOpenWindowToo) {
     showThree(500);
+    EXPECT_EQ(helperOf("reveal").property("interval").toInt(), 300);
     model().setRevealsMenuCardOrder(true);
     EXPECT_TRUE(
         eventuallyInLoop([this] { return std::abs(place(item("menuCardOrder")).top()) < 0.5; }));
@@ -238,7 +315,39 @@ TEST_F(SetupOrderView, WithoutRowsNothingScrolls) {
     model().setRevealsMenuCardOrder(true);
     show(1, 500);
     EXPECT_TRUE(eventuallyInLoop([this] { return !model().revealsMenuCardOrder(); }));
+    EXPECT_FALSE(helperOf("glide").property("running").toBool());
     EXPECT_EQ(item("scroll").property("contentY").toDouble(), 0);
+}
+
+TEST_F(SetupOrderView, WhereAllIsSeenNothingScrolls) {
+    showThree();
+    model().setRevealsMenuCardOrder(true);
+    EXPECT_TRUE(eventuallyInLoop([this] { return !model().revealsMenuCardOrder(); }));
+    EXPECT_EQ(helperOf("glide").property("to").toDouble(), 0);
+}
+
+// --- Without motion ---
+
+TEST_F(SetupOrderView, IsThereAtOnceForWhoWantsNoMotion) {
+    appearance_.setReducesMotion(true);
+    showThree(500);
+    model().setRevealsMenuCardOrder(true);
+    EXPECT_TRUE(eventuallyInLoop([this] { return !model().revealsMenuCardOrder(); }));
+    EXPECT_FALSE(helperOf("glide").property("running").toBool());
+    EXPECT_NEAR(place(item("menuCardOrder")).top(), 0, 0.5);
+}
+
+TEST_F(SetupOrderView, RowsAreInTheirPlacesAtOnceForWhoWantsNoMotion) {
+    showThree();
+    appearance_.setReducesMotion(true);
+    settings_->cardOrder()->moveUp(c);
+    EXPECT_TRUE(isAtRest());
+    EXPECT_THAT(seenOrder(), ElementsAre(a, c, b));
+    appearance_.setReducesMotion(false);
+    settings_->cardOrder()->moveUp(c);
+    EXPECT_FALSE(isAtRest());
+    EXPECT_TRUE(eventuallyInLoop([this] { return isAtRest(); }));
+    EXPECT_THAT(seenOrder(), ElementsAre(c, a, b));
 }
 
 }  // namespace

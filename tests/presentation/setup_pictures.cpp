@@ -2,18 +2,16 @@
 //
 // QT_SCALE_FACTOR=2 in its environment draws for dense screens.
 
-#include <QDir>
 #include <QGuiApplication>
 #include <QImage>
 #include <QQuickItem>
 #include <QQuickView>
-#include <cstdlib>
 #include <functional>
-#include <iostream>
 #include <vector>
 
 #include "presentation/views/quick_setup_window.h"
 #include "quick_items.h"
+#include "scene_pictures.h"
 #include "setup_fixture.h"
 
 namespace brimwatch::test {
@@ -105,7 +103,15 @@ void letLoopRun() {
         QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
 }
 
-bool draw(const Scene& scene, Appearance appearance, const QString& file) {
+void press(QuickSetupWindow& window, const char* identifier) {
+    QQuickItem* item = findItem(window.window()->rootObject(), identifier);
+    if (item == nullptr) return;
+    item->forceActiveFocus();
+    if (!QMetaObject::invokeMethod(item, "clicked"))
+        QMetaObject::invokeMethod(item->property("popup").value<QObject*>(), "open");
+}
+
+QImage draw(const Scene& scene, Appearance appearance) {
     SampleSettings sample;
     scene.prepare(sample);
     QuickSetupWindow window({.settings = sample.settings(), .screen = [&scene] {
@@ -114,44 +120,19 @@ bool draw(const Scene& scene, Appearance appearance, const QString& file) {
     window.setAppearance(appearance);
     window.setTextScale(scene.textScale);
     window.show(nullptr);
-    if (window.window() == nullptr) return false;
+    if (window.window() == nullptr) return {};
     letLoopRun();
-    if (scene.pressed != nullptr) {
-        QQuickItem* item = findItem(window.window()->rootObject(), scene.pressed);
-        if (item == nullptr) return false;
-        item->forceActiveFocus();
-        if (!QMetaObject::invokeMethod(item, "clicked"))
-            QMetaObject::invokeMethod(item->property("popup").value<QObject*>(), "open");
-    }
+    if (scene.pressed != nullptr) press(window, scene.pressed);
     if (scene.fails) sample.shownModel().connectClaude();
     letLoopRun();
-    const QImage picture = window.window()->grabWindow();
-    return !picture.isNull() && picture.save(file);
-}
-
-int drawAll(const QString& folder) {
-    if (!QDir().mkpath(folder)) return EXIT_FAILURE;
-    for (const Scene& scene : scenes()) {
-        const QString name = folder + QLatin1Char('/') + scene.name;
-        const bool isDrawn = draw(scene, Appearance::light, name + QLatin1String("-light.png")) &&
-                             draw(scene, Appearance::dark, name + QLatin1String("-dark.png"));
-        if (!isDrawn) {
-            std::cerr << qPrintable(scene.name) << " could not be drawn\n";
-            return EXIT_FAILURE;
-        }
-    }
-    return EXIT_SUCCESS;
+    return window.window()->grabWindow();
 }
 
 }  // namespace
 }  // namespace brimwatch::test
 
 int main(int count, char** arguments) {
-    ::setenv("QT_QPA_PLATFORM", "offscreen", 0);
-    QGuiApplication application(count, arguments);
-    if (count != 2) {
-        std::cerr << "usage: setup_pictures FOLDER\n";
-        return 2;
-    }
-    return brimwatch::test::drawAll(QString::fromLocal8Bit(arguments[1]));
+    using namespace brimwatch::test;
+    return drawOnCommand(count, arguments,
+                         [](const QString& folder) { return drawScenes(folder, scenes(), draw); });
 }

@@ -12,6 +12,7 @@
 
 #include "presentation/views/quick_setup_window.h"
 #include "quick_items.h"
+#include "scripted_desktop.h"
 #include "setup_fixture.h"
 #include "spoken_item.h"
 
@@ -23,7 +24,7 @@ class SetupViewFixture : public SetupFixture {
     void show(double textScale = 1, double screenHeight = 6000) {
         makeSettings();
         window_ = std::make_unique<QuickSetupWindow>(QuickSetupWindow::Surroundings{
-            .settings = *settings_, .screen = [screenHeight] {
+            .settings = *settings_, .desktop = &appearance_, .screen = [screenHeight] {
                 return std::optional(QRect(0, 0, 1280, static_cast<int>(screenHeight)));
             }});
         window_->setTextScale(textScale);
@@ -75,8 +76,15 @@ class SetupViewFixture : public SetupFixture {
         for (const QChar letter : QString::fromUtf8(text))
             QTest::sendKeyEvent(QTest::Click, &window(), Qt::Key_unknown, QString(letter), {});
     }
+    // An animation or a timer of the views.
+    const QObject& helperOf(const char* name) {
+        const QObject* found = root().findChild<QObject*>(QString::fromUtf8(name));
+        if (found == nullptr) throw std::runtime_error(std::string("no object ") + name);
+        return *found;
+    }
     bool hasFocus(const char* name) { return item(name).hasActiveFocus(); }
 
+    ScriptedAppearance appearance_;
     std::unique_ptr<QuickSetupWindow> window_;
 };
 

@@ -1,5 +1,7 @@
 #include <gmock/gmock.h>
 
+#include <QFont>
+
 #include "presentation/colors.h"
 #include "presentation/language_translator.h"
 #include "presentation/views/view_module.h"
@@ -65,28 +67,54 @@ TEST_F(SetupViewTest, HasAHeader) {
     show();
     EXPECT_EQ(spoken(&item("logo")), (Spoken{QAccessible::Graphic, QStringLiteral("Brimwatch?")}));
     EXPECT_EQ(item("logo").height(), 30);
+    EXPECT_EQ(text("promise"),
+              "AI 서비스 **약관**을 지키고, **AI 로그인 정보**는 수집하지 않아요.");
+    EXPECT_EQ(item("promise").property("textFormat").toInt(), Qt::MarkdownText);
+    EXPECT_EQ(item("promise").property("font").value<QFont>().pixelSize(), 12);
+    EXPECT_EQ(colorOf(item("promise")), colors::secondaryLabel.light);
     EXPECT_EQ(spoken(&item("promise")).name,
               QStringLiteral("AI 서비스 약관을 지키고, AI 로그인 정보는 수집하지 않아요."));
 }
 
+constexpr std::pair<const char*, const char*> wholeHelpTexts[] = {
+    {"claude",
+     "이 맥의 Claude Code 계정을 찾아 연결해요. 한 번 연결하면 나중에 생긴 계정도 알아서 "
+     "연결해요. 다른 곳에 둔 계정은 '계정 추가'에서 Claude Code 설정 폴더를 고르면 돼요. "
+     "연결한 계정의 Claude Code가 한도를 전달하면 새 사용량이 와요. Claude 데스크톱 앱이나 "
+     "Claude Code를 켜 두기만 하면 갱신되지 않을 수 있어요. 응답 후에도 그대로면 해당 "
+     "Claude Code 세션을 다시 열어 주세요. 새 값을 받기 전에는 마지막 기록을 표시해요. "
+     "5시간·주간 한도는 Claude Code 상태줄에서 받고, 로그인 정보는 읽지 않아요. 쓰던 "
+     "상태줄은 그대로예요."},
+    {"codex",
+     "이 맥의 기본 계정과 ~/.codex-* 계정을 찾아 각각 5분마다 한도를 물어요. 다른 곳에 둔 "
+     "계정은 '계정 추가'에서 Codex 설정 폴더를 고르면 돼요. 로그인은 Codex에서 하고, 이 "
+     "앱은 로그인 정보를 읽지 않아요. 해제해도 Codex 로그인은 유지돼요."},
+    {"menuCardOrder",
+     "줄을 끌어서 메뉴 창 카드의 순서를 바꿔요. 메뉴 창에서 카드를 오른쪽 클릭해 '순서 "
+     "바꾸기'를 눌러도 여기로 와요. 새로 연결한 계정은 맨 아래에 붙어요. iPhone 홈 카드 "
+     "순서와는 따로 정해요."},
+    {"iPhone",
+     "받은 한도를 암호화해서 iPhone 앱으로 보내요. 맥과 iPhone이 같은 Apple 계정이고, 둘 다 "
+     "암호 동기화가 켜져 있어야 해요. 끄면 보낸 값을 지워요."},
+    {"android",
+     "'QR 보기'를 누르고 안드로이드 앱에서 그 QR을 찍으면 연결돼요. 받은 한도를 암호화해서 "
+     "안드로이드 앱으로 보내요. QR이 있으면 누구나 한도를 볼 수 있지만 로그인 정보는 볼 수 "
+     "없어요. iPhone으로 보내기는 그대로예요."},
+    {"general",
+     "한도 표시는 메뉴 창과 메뉴 막대, Claude Code 상태줄의 숫자를 남은 양이나 사용량으로 "
+     "보여 줘요. 자동으로 업데이트를 켜 두면 새 버전을 받아 설치하고 앱을 다시 켜요."}};
+
 TEST_F(SetupViewTest, ExplainsEachSectionInABubble) {
     showThreeCards();
-    const std::pair<const char*, const char*> starts[] = {
-        {"claude", "이 맥의 Claude Code 계정을 찾아 연결해요. 한 번 연결하면"},
-        {"codex", "이 맥의 기본 계정과 ~/.codex-* 계정을 찾아 각각 5분마다 한도를 물어요."},
-        {"menuCardOrder", "줄을 끌어서 메뉴 창 카드의 순서를 바꿔요."},
-        {"iPhone", "받은 한도를 암호화해서 iPhone 앱으로 보내요."},
-        {"android", "'QR 보기'를 누르고 안드로이드 앱에서 그 QR을 찍으면 연결돼요."},
-        {"general", "한도 표시는 메뉴 창과 메뉴 막대, Claude Code 상태줄의 숫자를"}};
-    for (const auto& [section, start] : starts) {
-        QQuickItem& help = itemIn(item(section), "help");
-        EXPECT_EQ(spoken(&help), (Spoken{QAccessible::Button, titleOf(section) + " 도움말"}));
-        EXPECT_EQ(help.property("symbol").toString(), "questionmark.circle");
-        press(help);
-        ASSERT_TRUE(help.property("showsHelp").toBool()) << section;
-        EXPECT_TRUE(text("helpText").startsWith(QString::fromUtf8(start))) << section;
+    for (const auto& [section, help] : wholeHelpTexts) {
+        QQuickItem& button = itemIn(item(section), "help");
+        EXPECT_EQ(spoken(&button), (Spoken{QAccessible::Button, titleOf(section) + " 도움말"}));
+        EXPECT_EQ(button.property("symbol").toString(), "questionmark.circle");
+        press(button);
+        ASSERT_TRUE(button.property("showsHelp").toBool()) << section;
+        EXPECT_EQ(text("helpText"), help) << section;
         pressKey(Qt::Key_Escape);
-        EXPECT_TRUE(eventuallyInLoop([&help] { return !help.property("showsHelp").toBool(); }));
+        EXPECT_TRUE(eventuallyInLoop([&button] { return !button.property("showsHelp").toBool(); }));
     }
     EXPECT_FALSE(itemIn(item("removal"), "help").isVisible());
 }
@@ -225,6 +253,8 @@ TEST_F(SetupViewTest, SwitchesAnAccountOfCodex) {
     press("codex.connection.c");
     EXPECT_FALSE(model().isCodexAccountOn(codexAccount("c")));
     EXPECT_EQ(textOf(itemIn(row, "status")), "수집 중지됨");
+    EXPECT_EQ(QAccessible::queryAccessibleInterface(&row)->text(QAccessible::Description),
+              "수집 중지됨");
     press("codex.connection.c");
     EXPECT_TRUE(model().isCodexAccountOn(codexAccount("c")));
 }
@@ -412,6 +442,45 @@ TEST_F(SetupViewTest, AnswersACheckForUpdates) {
     updates_.attention = true;
     emit updates_.statusChanged();
     EXPECT_EQ(colorOf(item("updates.status")), colors::levelWarning.light);
+}
+
+TEST_F(SetupViewTest, UpdatesThatHaveSomethingToSayComeIntoSight) {
+    updates_.status = QStringLiteral("최신 버전이에요.");
+    start();
+    show(1, 500);
+    ASSERT_GT(place(item("updates")).top(), window().height());
+    updates_.setRevealed(true);
+    EXPECT_EQ(item("scroll").property("contentY").toDouble(), 0);
+    EXPECT_EQ(helperOf("revealUpdates").property("interval").toInt(), 300);
+    EXPECT_TRUE(eventuallyInLoop([this] { return !updates_.isRevealed(); }));
+    EXPECT_TRUE(
+        eventuallyInLoop([this] { return !helperOf("glide").property("running").toBool(); }));
+    EXPECT_LE(place(item("updates")).bottom(), window().height());
+    const double shownFrom = item("scroll").property("contentY").toDouble();
+    updates_.setRevealed(true);
+    EXPECT_TRUE(eventuallyInLoop([this] { return !updates_.isRevealed(); }));
+    EXPECT_EQ(helperOf("glide").property("to").toDouble(), shownFrom)
+        << "they are in sight already";
+}
+
+TEST_F(SetupViewTest, NothingScrollsToUpdatesWhereThereAreNone) {
+    updates_.available = false;
+    start();
+    show(1, 500);
+    updates_.setRevealed(true);
+    EXPECT_TRUE(eventuallyInLoop([this] { return !updates_.isRevealed(); }));
+    EXPECT_FALSE(helperOf("glide").property("running").toBool());
+}
+
+TEST_F(SetupViewTest, OvershootsOnlyWhereItScrolls) {
+    constexpr int stops = 0;
+    constexpr int overshoots = 3;
+    start();
+    show();
+    EXPECT_EQ(item("scroll").property("boundsBehavior").toInt(), stops);
+    window_.reset();
+    show(1, 500);
+    EXPECT_EQ(item("scroll").property("boundsBehavior").toInt(), overshoots);
 }
 
 TEST_F(SetupViewTest, HidesUpdatesWhereThereAreNone) {

@@ -9,6 +9,11 @@ TEST(SetupWindowSize, IsThatOfTheContentWhereItFits) {
     EXPECT_EQ(setupWindowSize(500, 1000), (SetupWindowSize{500, false}));
 }
 
+TEST(SetupWindowSize, IsNeverLowerThanTheContent) {
+    EXPECT_EQ(setupWindowSize(500.3, 1000), (SetupWindowSize{501, false}));
+    EXPECT_EQ(setupWindowSize(500.7, 1000), (SetupWindowSize{501, false}));
+}
+
 TEST(SetupWindowSize, IsThatOfTheScreenWhereTheContentIsTooHigh) {
     EXPECT_EQ(setupWindowSize(1600, 1000), (SetupWindowSize{940, true}));
 }

@@ -6,6 +6,7 @@
 #include <QKeySequence>
 #include <QRasterWindow>
 #include <QScreen>
+#include <cmath>
 
 #include "presentation/colors.h"
 #include "presentation/views/view_module.h"
@@ -69,10 +70,24 @@ TEST_F(SetupWindowTest, IsAsHighAsItsContentWhereThatFits) {
     const double content = view.rootObject()->property("contentHeight").toDouble();
     EXPECT_GT(content, 800);
     EXPECT_LT(content, 2000);
-    EXPECT_EQ(setup_.window()->size(), QSize(460, qRound(content)));
+    EXPECT_EQ(setup_.window()->size(), QSize(460, static_cast<int>(std::ceil(content))));
     EXPECT_EQ(setup_.window()->minimumSize(), setup_.window()->size());
     EXPECT_EQ(setup_.window()->maximumSize(), setup_.window()->size());
     EXPECT_FALSE(itemIn(*view.rootObject(), "scrollBar").isVisible());
+}
+
+TEST_F(SetupWindowTest, IsNeverLowerThanItsContentByAFraction) {
+    screen_ = QRect(0, 0, 1280, 9000);
+    for (const double scale : {1.0, 1.1, 1.15, 1.37}) {
+        SetupWindow window([this] { return make(); }, [] {});
+        window.setTextScale(scale);
+        window.show();
+        const auto& view = static_cast<const QQuickView&>(*window.window());
+        const double content = view.rootObject()->property("contentHeight").toDouble();
+        EXPECT_GE(window.window()->height(), content) << scale;
+        EXPECT_LT(window.window()->height(), content + 1) << scale;
+        EXPECT_FALSE(itemIn(*view.rootObject(), "scrollBar").isVisible()) << scale;
+    }
 }
 
 TEST_F(SetupWindowTest, CountsLargeTextsAndAllAccounts) {

@@ -1,15 +1,9 @@
-#include "presentation/status_item_controller.h"
-
 #include <gmock/gmock.h>
 
-#include <QGuiApplication>
-#include <cmath>
 #include <memory>
 #include <numbers>
 
-#include "model_fixture.h"
-#include "presentation/menu_bar_rocket.h"
-#include "scripted_desktop.h"
+#include "status_item_controller_fixture.h"
 
 namespace brimwatch {
 namespace {
@@ -20,58 +14,7 @@ using ::testing::IsEmpty;
 
 constexpr double fullTurn = 2 * std::numbers::pi;
 
-class StatusItemControllerTest : public test::ModelFixture {
-  protected:
-    // Percentages that are used; the weekly one drives the rocket.
-    void useWeek(double sevenDay) {
-        writeLimits("claude-default", 10, sevenDay);
-        model().reload();
-    }
-
-    StatusItemController& show() {
-        controller_ = std::make_unique<StatusItemController>(
-            StatusItemController::Surroundings{.model = model(),
-                                               .item = desktop_.item,
-                                               .popover = desktop_.popover,
-                                               .session = desktop_.session,
-                                               .appearance = desktop_.appearance,
-                                               .timer = desktop_.timer,
-                                               .uptime = [this] { return uptime_; },
-                                               .rocket = sharedRocket()});
-        return *controller_;
-    }
-
-    // Starts with that much of the week used, and with the rocket flying.
-    StatusItemController& fly(double usedWeek) {
-        makeRegisteredFolder(".claude");
-        start();
-        model().refresh();
-        useWeek(usedWeek);
-        return show();
-    }
-
-    void letPass(double time) {
-        uptime_ += time;
-        if (desktop_.timer.isRunning()) desktop_.timer.tick();
-    }
-
-    static void settle() { QCoreApplication::processEvents(); }
-
-    // What the renderer makes of those values, in the ink and scale of the item.
-    QImage picture(double remaining, double angle) {
-        MenuBarRenderer renderer(*sharedRocket());
-        const StatusItem::Look look = desktop_.item.look();
-        return renderer.render({remaining, angle, {}}, look.ink, look.scale)->copy();
-    }
-
-    int argumentCount_ = 1;
-    std::string name_ = "presentation_test";
-    char* arguments_[2] = {name_.data(), nullptr};
-    QGuiApplication application_{argumentCount_, arguments_};
-    test::ScriptedDesktop desktop_;
-    double uptime_ = 1000;
-    std::unique_ptr<StatusItemController> controller_;
-};
+class StatusItemControllerTest : public test::StatusItemControllerFixture {};
 
 TEST_F(StatusItemControllerTest, ShowsTheItemOnce) {
     fly(20);
@@ -332,6 +275,7 @@ TEST_F(StatusItemControllerTest, AClickOpensAndAnotherCloses) {
 }
 
 TEST_F(StatusItemControllerTest, TheClickThatClosedItDoesNotOpenItAgain) {
+    uptime_ = 0;  // so that the pause is no rounded number
     start();
     show();
     desktop_.item.click();
@@ -379,10 +323,7 @@ TEST_F(StatusItemControllerTest, TheRefreshComesBeforeTheOpening) {
 }
 
 TEST_F(StatusItemControllerTest, WithoutArtworkTheNumberStandsAlone) {
-    makeRegisteredFolder(".claude");
-    start();
-    model().refresh();
-    useWeek(20);
+    startWithWeek(20);
     StatusItemController controller({.model = model(),
                                      .item = desktop_.item,
                                      .popover = desktop_.popover,

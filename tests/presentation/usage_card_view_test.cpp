@@ -201,6 +201,15 @@ TEST_F(UsageCardView, PutsRecentUsageAtTheFarEnd) {
     EXPECT_EQ(text("recentText"), QStringLiteral("주간 약 2.4%"));
 }
 
+TEST_F(UsageCardView, ShrinksTheAmountOnlyAsFarAsRecentUsageNeeds) {
+    show(test::fullestCard(), 1.49);
+    const QRectF amount = place("menu.subscription.codex-longest");
+    ASSERT_LT(amount.width(), item("menu.subscription.codex-longest").implicitWidth());
+    const QRectF recent = place("menu.recentUsage.codex-longest");
+    EXPECT_NEAR(recent.left() - amount.right(), 12 * scale, 2 * onePixel);
+    EXPECT_NEAR(recent.right(), place("track").right(), onePixel);
+}
+
 TEST_F(UsageCardView, PutsRecentUsageBelowTheAmountAtAccessibilitySizes) {
     for (const double textScale : {1.5, 2.0}) {
         show(test::comfortableCard(), textScale);
@@ -327,6 +336,7 @@ TEST_F(UsageCardView, CutsLongNamesWithDots) {
     EXPECT_TRUE(isCut(item("planText")));
     EXPECT_GT(place("title").width(), 80);
     EXPECT_LE(place("menu.plan.codex-longest").right(), place("track").right());
+    EXPECT_NEAR(place("menu.plan.codex-longest").right(), place("track").right(), onePixel);
     show(test::comfortableCard());
     EXPECT_FALSE(isCut(item("title")));
     EXPECT_FALSE(isCut(item("planText")));

@@ -58,10 +58,20 @@ CloudRefusal refusalByStatus(const HttpAnswer& answer) {
     return refusal;
 }
 
+// Also as it stands in an address, or as what is read there where "+" means a blank.
+bool repeats(std::string_view text, const SecretBytes& secret) {
+    if (secret.empty()) return false;
+    QByteArray plain = QByteArray::fromPercentEncoding(
+        QByteArray(text.data(), static_cast<qsizetype>(text.size())));
+    plain.replace(' ', '+');  // a token has no blank
+    return text.find(secret.view()) != std::string_view::npos ||
+           view(plain).find(secret.view()) != std::string_view::npos;
+}
+
 // A text of a server as it may stand in a log or a window.
 std::string presentable(std::string_view text, const SecretBytes& secret) {
     constexpr qsizetype longest = 300;
-    if (!secret.empty() && text.find(secret.view()) != std::string_view::npos) return "(…)";
+    if (repeats(text, secret)) return "(…)";
     QString line =
         QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())).left(longest);
     for (QChar& character : line) {

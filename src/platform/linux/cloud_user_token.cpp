@@ -66,8 +66,10 @@ KeyStatus CloudUserToken::store(KeyPrompt prompt) {
     const SecretBytes token = *token_;
     KeyStatus status = store_.update(item_, token, prompt);
     if (status == key_status::itemNotFound) status = store_.add(item_, token, prompt);
-    isStored_ = status == key_status::success;
-    if (!isStored_) qCWarning(cloudLog, "로그인을 저장하지 못했다: %d", static_cast<int>(status));
+    const bool isWritten = status == key_status::success;
+    if (isWritten && !token_) static_cast<void>(store_.remove(item_, KeyPrompt::forbidden));
+    isStored_ = !token_ || (isWritten && *token_ == token);
+    if (!isWritten) qCWarning(cloudLog, "로그인을 저장하지 못했다: %d", static_cast<int>(status));
     return status;
 }
 

@@ -1,8 +1,9 @@
 // The token by which the cloud knows the user of this machine: given at the sign-in, replaced by
 // its successor with every answer, kept in a key store.
 //
-// A successor that could not be stored is used all the same, and stored with the next occasion.
-// Nothing throws. Main thread.
+// A successor that could not be stored is used all the same, and stored with the next occasion. So
+// is one that comes while the user is asked to unlock the store; a token that is forgotten then is
+// not kept. Nothing throws. Main thread.
 #pragma once
 
 #include <optional>

@@ -22,12 +22,14 @@ constexpr QLatin1String appearanceGroup("org.freedesktop.appearance");
 constexpr QLatin1String gnomeGroup("org.gnome.desktop.interface");
 constexpr QLatin1String colorSchemeKey("color-scheme");
 constexpr QLatin1String reducedMotionKey("reduced-motion");
+constexpr QLatin1String contrastKey("contrast");
 constexpr QLatin1String animationsKey("enable-animations");
 constexpr QLatin1String textScaleKey("text-scaling-factor");
 
 constexpr std::uint32_t prefersDark = 1;
 constexpr std::uint32_t prefersLight = 2;
 constexpr std::uint32_t prefersReducedMotion = 1;
+constexpr std::uint32_t prefersHigherContrast = 1;
 
 constexpr double smallestTextScale = 0.5;
 constexpr double largestTextScale = 3;
@@ -83,6 +85,7 @@ void PortalAppearance::read() {
                    [this](const QDBusMessage& message) { hear(message); });
     readSetting(appearanceGroup, colorSchemeKey);
     readSetting(appearanceGroup, reducedMotionKey);
+    readSetting(appearanceGroup, contrastKey);
     readSetting(gnomeGroup, animationsKey);
     readSetting(gnomeGroup, textScaleKey);
 }
@@ -111,6 +114,8 @@ void PortalAppearance::take(const QString& group, const QString& key, const QVar
         colorScheme_ = valueOf<std::uint32_t>(value);
     } else if (group == appearanceGroup && key == reducedMotionKey) {
         reducedMotion_ = valueOf<std::uint32_t>(value);
+    } else if (group == appearanceGroup && key == contrastKey) {
+        contrast_ = valueOf<std::uint32_t>(value);
     } else if (group == gnomeGroup && key == animationsKey) {
         animations_ = valueOf<bool>(value);
     } else if (group == gnomeGroup && key == textScaleKey) {
@@ -122,12 +127,16 @@ void PortalAppearance::take(const QString& group, const QString& key, const QVar
 void PortalAppearance::update() {
     const bool isDark = findDark();
     const bool reducesMotion = findReducedMotion();
+    const bool increasesContrast = contrast_ == prefersHigherContrast;
     const double textScale = textScaleOf(textScalingFactor_);
     const bool darkChanges = std::exchange(isDark_, isDark) != isDark;
     const bool motionChanges = std::exchange(reducesMotion_, reducesMotion) != reducesMotion;
+    const bool contrastChanges =
+        std::exchange(increasesContrast_, increasesContrast) != increasesContrast;
     const bool textScaleChanges = std::exchange(textScale_, textScale) != textScale;
     if (darkChanges) emit darkChanged();
     if (motionChanges) emit motionChanged();
+    if (contrastChanges) emit contrastChanged();
     if (textScaleChanges) emit textScaleChanged();
 }
 

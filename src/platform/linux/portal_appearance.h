@@ -33,6 +33,7 @@ class PortalAppearance final : public DesktopAppearance {
 
     bool isDark() const override { return isDark_; }
     bool reducesMotion() const override { return reducesMotion_; }
+    bool increasesContrast() const override { return increasesContrast_; }
     double textScale() const override { return textScale_; }
 
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -55,11 +56,13 @@ class PortalAppearance final : public DesktopAppearance {
     // Nothing where the portal does not tell.
     std::optional<std::uint32_t> colorScheme_;
     std::optional<std::uint32_t> reducedMotion_;
+    std::optional<std::uint32_t> contrast_;
     std::optional<bool> animations_;
     std::optional<double> textScalingFactor_;
 
     bool isDark_ = false;
     bool reducesMotion_ = false;
+    bool increasesContrast_ = false;
     double textScale_ = 1;
 };
 

@@ -1,5 +1,6 @@
 #include "platform/linux/portal_folder_picker.h"
 
+#include <QByteArray>
 #include <QDBusArgument>
 #include <QDBusError>
 #include <QDBusObjectPath>
@@ -30,14 +31,20 @@ QString requestPath(const QString& uniqueName, const QString& token) {
     return QStringLiteral("/org/freedesktop/portal/desktop/request/%1/%2").arg(sender, token);
 }
 
+// By its bytes: a name need not be text. Nothing for a place on another machine.
+std::optional<std::string> pathOf(const QUrl& folder) {
+    const bool isHere = folder.host().isEmpty() || folder.host() == QLatin1String("localhost");
+    if (!folder.isLocalFile() || !isHere) return std::nullopt;
+    const QByteArray path = folder.path(QUrl::FullyEncoded).toLatin1();
+    return QByteArray::fromPercentEncoding(path).toStdString();
+}
+
 std::optional<std::string> folderOf(const QDBusMessage& response) {
     const QVariantList arguments = response.arguments();
     if (arguments.at(0).toUInt() != chosen) return std::nullopt;
     const auto results = qdbus_cast<QVariantMap>(arguments.at(1));
     const QStringList uris = results.value(QStringLiteral("uris")).toStringList();
-    const QUrl folder(uris.value(0));
-    if (!folder.isLocalFile()) return std::nullopt;
-    return folder.toLocalFile().toStdString();
+    return pathOf(QUrl(uris.value(0)));
 }
 
 bool isSlow(const QDBusMessage& error) {

@@ -53,7 +53,10 @@ KeyResult<QVariantList> SecretServiceConversation::ask(const Call& call,
         serviceName, call.path.path(), QLatin1String(call.interface), QLatin1String(call.method));
     message.setArguments(arguments);
     const auto left = static_cast<int>(deadline_.remainingTime());
-    if (left <= 0) return tl::unexpected(key_status::notAvailable);
+    if (left <= 0) {
+        wasSilent_ = true;
+        return tl::unexpected(key_status::notAvailable);
+    }
     const QDBusMessage answer = bus_.call(message, QDBus::Block, left);
     if (answer.type() == QDBusMessage::ReplyMessage) {
         if (answer.signature() == QLatin1String(call.answer)) return answer.arguments();
@@ -61,6 +64,9 @@ KeyResult<QVariantList> SecretServiceConversation::ask(const Call& call,
         return tl::unexpected(key_status::internalError);
     }
     hasLostSession_ |= answer.errorName() == QLatin1String(noSession);
+    // Not told by the error, which is the same for a service that has just ended. The timer of a
+    // call may go off a twentieth early.
+    wasSilent_ |= deadline_.remainingTime() * 10 <= left;
     const KeyStatus status = statusOfBusError(answer.errorName(), call.object);
     if (status == key_status::internalError)
         qCWarning(keysLog, "%s: %s", call.method, qPrintable(answer.errorName()));

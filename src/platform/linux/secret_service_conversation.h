@@ -22,6 +22,7 @@ namespace brimwatch {
 struct SecretServiceTiming {
     std::chrono::milliseconds calls{std::chrono::seconds(2)};
     std::chrono::milliseconds prompt{std::chrono::minutes(1)};  // as long as the user may take
+    std::chrono::milliseconds rest{std::chrono::minutes(5)};    // of a service that was silent
 };
 
 template <class Value>
@@ -58,6 +59,8 @@ class SecretServiceConversation {
 
     // The service was started anew meanwhile.
     bool hasLostSession() const { return hasLostSession_; }
+    // It did not answer in time.
+    bool wasSilent() const { return wasSilent_; }
 
   private:
     struct Call {
@@ -84,6 +87,7 @@ class SecretServiceConversation {
     QDeadlineTimer deadline_;
     QDBusObjectPath session_;  // empty while there is none
     bool hasLostSession_ = false;
+    bool wasSilent_ = false;
 };
 
 }  // namespace brimwatch

@@ -152,12 +152,20 @@ KeyStatus SecretServiceKeyStore::remove(const KeyItem& item, KeyPrompt prompt) {
 }
 
 KeyStatus SecretServiceKeyStore::perform(KeyPrompt prompt, const Operation& operation) {
+    if (prompt == KeyPrompt::forbidden && !rest_.hasExpired()) return key_status::notAvailable;
     if (!connectToBus()) return key_status::notAvailable;
     SecretServiceConversation conversation(**bus_, timing_, prompt);
-    const KeyStatus status = operation(conversation);
+    KeyStatus status = operation(conversation);
+    noteSilence(conversation);
     if (!conversation.hasLostSession()) return status;
     SecretServiceConversation again(**bus_, timing_, prompt);
-    return operation(again);
+    status = operation(again);
+    noteSilence(again);
+    return status;
+}
+
+void SecretServiceKeyStore::noteSilence(const SecretServiceConversation& conversation) {
+    rest_ = conversation.wasSilent() ? QDeadlineTimer(timing_.rest) : QDeadlineTimer();
 }
 
 bool SecretServiceKeyStore::connectToBus() {
@@ -171,8 +179,11 @@ bool SecretServiceKeyStore::connectToBus() {
 bool SecretServiceKeyStore::isMissing() {
     if (!connectToBus()) return true;
     if (!hasService()) return true;
+    if (!rest_.hasExpired()) return false;
     SecretServiceConversation conversation(**bus_, timing_, KeyPrompt::forbidden);
-    return conversation.lacksDefaultCollection();
+    const bool hasNoCollection = conversation.lacksDefaultCollection();
+    noteSilence(conversation);
+    return hasNoCollection;
 }
 
 bool SecretServiceKeyStore::hasService() {

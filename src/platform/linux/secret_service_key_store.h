@@ -3,11 +3,13 @@
 // A value is stored as base64, since some services keep only text; one that is no base64 is given
 // as it is. Of several items with the attributes of one key, which a service allows, the one that
 // was changed last is read, and all of them are updated and removed. What is locked is told apart
-// from what is missing. The service is started if need be; one that hangs costs two seconds. Main
-// thread.
+// from what is missing. The service is started if need be. One that hangs costs two seconds, and is
+// then left alone for five minutes, except by calls that may prompt: whoever has just pressed
+// something may wait once more. Main thread.
 #pragma once
 
 #include <QDBusConnection>
+#include <QDeadlineTimer>
 #include <QString>
 #include <functional>
 #include <memory>
@@ -39,12 +41,14 @@ class SecretServiceKeyStore final : public KeyStore {
     using Operation = std::function<KeyStatus(SecretServiceConversation& conversation)>;
 
     KeyStatus perform(KeyPrompt prompt, const Operation& operation);
+    void noteSilence(const SecretServiceConversation& conversation);
     bool connectToBus();
     bool hasService();
 
     QString busAddress_;
     SecretServiceTiming timing_;
     std::unique_ptr<OwnBus> bus_;
+    QDeadlineTimer rest_;  // until then it is left alone
 };
 
 }  // namespace brimwatch

@@ -1,9 +1,13 @@
 #include "platform/linux/session_file_manager.h"
 
+#include <sys/stat.h>
+
+#include <QByteArray>
 #include <QDBusError>
-#include <QFileInfo>
 #include <QLoggingCategory>
 #include <utility>
+
+#include "support/paths.h"
 
 namespace brimwatch {
 namespace {
@@ -20,13 +24,31 @@ bool hasRefused(const QDBusMessage& answer) {
            error != QDBusError::TimedOut;
 }
 
+// By its bytes: a name need not be text.
+QUrl urlOf(const std::string& path) {
+    return QUrl::fromEncoded("file://" + QByteArray::fromStdString(path).toPercentEncoding("/"));
+}
+
+std::string pathOf(const QUrl& place) {
+    const QByteArray path = place.path(QUrl::FullyEncoded).toLatin1();
+    return QByteArray::fromPercentEncoding(path).toStdString();
+}
+
+// Of a folder itself, or of that which a file lies in.
+QUrl folderOf(const QUrl& place) {
+    const std::string path = pathOf(place);
+    struct stat status {};
+    const bool isFolder = ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+    return isFolder ? place : urlOf(parentPath(path));
+}
+
 }  // namespace
 
 SessionFileManager::SessionFileManager(BusConnection& sessionBus, Open open)
     : bus_(sessionBus), open_(std::move(open)) {}
 
 void SessionFileManager::reveal(const std::string& path) {
-    const QUrl place = QUrl::fromLocalFile(QString::fromStdString(path));
+    const QUrl place = urlOf(path);
     if (!bus_.isConnected()) return openFolderOf(place);
     bus_.call({.service = fileManager,
                .path = QStringLiteral("/org/freedesktop/FileManager1"),
@@ -40,9 +62,7 @@ void SessionFileManager::reveal(const std::string& path) {
 }
 
 void SessionFileManager::openFolderOf(const QUrl& place) {
-    const QFileInfo file(place.toLocalFile());
-    const QUrl folder = file.isDir() ? place : QUrl::fromLocalFile(file.absolutePath());
-    if (!open_(folder)) qCWarning(filesLog) << "Nothing here can show a folder";
+    if (!open_(folderOf(place))) qCWarning(filesLog) << "Nothing here can show a folder";
 }
 
 }  // namespace brimwatch

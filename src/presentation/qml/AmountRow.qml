@@ -15,7 +15,7 @@ GridLayout {
     required property string recentIdentifier
     required property real metricsScale
 
-    columnSpacing: 12 * root.metricsScale
+    columnSpacing: 0
     columns: ViewPalette.accessibilitySize ? 1 : 3
     rowSpacing: 8 * root.metricsScale
 
@@ -27,8 +27,10 @@ GridLayout {
         objectName: root.amountIdentifier
         suffix: root.amountSuffix
     }
+    // The room between them, and what is left of the row.
     Item {
         Layout.fillWidth: true
+        Layout.minimumWidth: root.hasRecentUsage ? Math.round(12 * root.metricsScale) : 0
         visible: !ViewPalette.accessibilitySize
     }
     RecentUsage {

@@ -12,7 +12,10 @@ RowLayout {
     required property string planIdentifier
     required property real metricsScale
 
-    spacing: 8 * root.metricsScale
+    // Between its parts, but not before what fills the row.
+    readonly property real gap: Math.round(8 * root.metricsScale)
+
+    spacing: 0
 
     Capsule {
         Layout.preferredHeight: 10 * root.metricsScale
@@ -22,6 +25,7 @@ RowLayout {
     }
     PlainText {
         Layout.fillWidth: true
+        Layout.leftMargin: root.gap
         Layout.maximumWidth: Math.ceil(implicitWidth)
         font.pixelSize: Math.round(ViewPalette.headlineSize * root.metricsScale)
         font.weight: Font.DemiBold
@@ -30,6 +34,7 @@ RowLayout {
     }
     PlanChip {
         Layout.fillWidth: true
+        Layout.leftMargin: root.gap
         Layout.maximumWidth: implicitWidth
         metricsScale: root.metricsScale
         objectName: root.planIdentifier

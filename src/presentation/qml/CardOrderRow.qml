@@ -1,6 +1,6 @@
-// A card in the list of their order. It follows the pointer while it is dragged, and glides to its
-// place by a spring that needs half a second for a swing, damped to 0.85 of where it would not
-// swing at all.
+// A card in the list of their order, whose rows are all as high as each other. It follows the
+// pointer while it is dragged, and glides to its place by a spring, or is there at once where motion
+// is not wanted.
 import QtQuick
 import Brimwatch
 
@@ -15,17 +15,23 @@ MovableRow {
     property bool isHeld: false
     property real grip: 0
     property real pointer: 0
+    // Its top, in rows from that of the list.
+    property real place: root.isDragged ? Math.max(0, Math.min((root.pointer - root.grip) / root.height, root.lastPlace)) : root.index
+    readonly property real lastPlace: Math.round((root.parent?.implicitHeight ?? 0) / root.height) - 1
+    // Of a row by itself, with all of its title.
+    readonly property real neededHeight: Math.max(ViewPalette.listRowHeight, Math.ceil(label.implicitHeight) + 10)
 
     signal dragged
     signal entered(int index)
     signal dropped
+    // It moved by itself while it has the focus.
+    signal glided
 
     function follow(position: real): void {
         root.pointer = position;
         if (!root.isDragged)
             root.dragged();
-        const last = Math.round(root.parent.implicitHeight / root.height) - 1;
-        const row = Math.max(0, Math.min(Math.floor(position / root.height), last));
+        const row = Math.max(0, Math.min(Math.floor(position / root.height), root.lastPlace));
         if (row !== root.index)
             root.entered(row);
     }
@@ -48,21 +54,24 @@ MovableRow {
     activeFocusOnTab: true
     anchors.left: parent?.left
     anchors.right: parent?.right
-    height: ViewPalette.listRowHeight
     moveDownText: qsTr("아래로 옮기기")
     moveUpText: qsTr("위로 옮기기")
     name: root.title
     objectName: "cardOrder.row"
-    y: root.isDragged ? Math.max(0, Math.min(root.pointer - root.grip, root.parent.implicitHeight - root.height)) : root.index * root.height
+    y: root.place * root.height
     z: root.isDragged ? 1 : 0
+    onYChanged: {
+        if (root.activeFocus && !root.isHeld)
+            root.glided();
+    }
 
-    Behavior on y {
-        enabled: !root.isHeld
+    Behavior on place {
+        enabled: !root.isHeld && !ViewPalette.reducesMotion
 
         SpringAnimation {
-            damping: 0.342
-            epsilon: 0.25
-            spring: 2.53
+            damping: ViewPalette.rowDamping
+            epsilon: 0.007
+            spring: ViewPalette.rowSpring
         }
     }
 
@@ -92,15 +101,19 @@ MovableRow {
         width: height
     }
     PlainText {
+        id: label
+
         Accessible.ignored: true
         anchors.left: sign.right
         anchors.leftMargin: 10
         anchors.right: parent.right
         anchors.rightMargin: 12
         anchors.verticalCenter: parent.verticalCenter
+        elide: Text.ElideNone
         font.pixelSize: Math.round(ViewPalette.controlSize)
         objectName: "title"
         text: root.title
+        wrapMode: Text.Wrap
     }
     Rectangle {
         anchors.left: parent.left

@@ -7,6 +7,20 @@ SetupSection {
     id: root
 
     required property CardOrderSectionModel model
+    // Of each of them: what the highest needs.
+    property real rowHeight: ViewPalette.listRowHeight
+
+    // One that has the focus moved by itself.
+    signal rowGlided(Item row)
+
+    function measure(): void {
+        let height = ViewPalette.listRowHeight;
+        for (let index = 0; index < rows.count; ++index) {
+            const row = rows.itemAt(index) as CardOrderRow;
+            height = Math.max(height, row?.neededHeight ?? 0);
+        }
+        root.rowHeight = height;
+    }
 
     help: qsTr("줄을 끌어서 메뉴 창 카드의 순서를 바꿔요. 메뉴 창에서 카드를 오른쪽 클릭해 '순서 바꾸기'를 눌러도 여기로 와요. 새로 연결한 계정은 맨 아래에 붙어요. iPhone 홈 카드 순서와는 따로 정해요.")
     objectName: "menuCardOrder"
@@ -17,19 +31,24 @@ SetupSection {
         Accessible.name: root.title
         Accessible.role: Accessible.List
         Layout.fillWidth: true
-        implicitHeight: rows.count * ViewPalette.listRowHeight
+        implicitHeight: rows.count * root.rowHeight
 
         Repeater {
             id: rows
 
             model: root.model
+            onItemAdded: root.measure()
+            onItemRemoved: root.measure()
 
             CardOrderRow {
                 id: row
 
+                height: root.rowHeight
                 onDragged: () => root.model.drag(row.key)
                 onDropped: () => root.model.drop()
                 onEntered: index => root.model.enter(rows.itemAt(index).key)
+                onGlided: () => root.rowGlided(row)
+                onNeededHeightChanged: root.measure()
                 onMoveDownRequested: () => root.model.moveDown(row.key)
                 onMoveUpRequested: () => root.model.moveUp(row.key)
             }

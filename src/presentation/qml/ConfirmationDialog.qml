@@ -1,4 +1,5 @@
-// Asks before something that can't be taken back, over all of its parent. Escape takes nothing.
+// Asks before something that can't be taken back, over all of its parent. Escape takes nothing;
+// the focus goes back to where it was.
 import QtQuick
 import QtQuick.Layouts
 import Brimwatch
@@ -10,17 +11,25 @@ FocusScope {
     property string message
     property string action
     property bool isOpen: false
+    property Item formerFocus: null
 
     signal confirmed
 
     function open() {
+        if (!root.isOpen)
+            root.formerFocus = root.Window.activeFocusItem;
         root.isOpen = true;
         cancel.forceActiveFocus();
     }
     function close() {
         root.isOpen = false;
+        root.focus = false;
+        root.formerFocus?.forceActiveFocus();
+        root.formerFocus = null;
     }
     function confirm() {
+        if (!root.isOpen)
+            return;
         root.close();
         root.confirmed();
     }

@@ -11,7 +11,8 @@ T.MenuItem {
 
     Accessible.name: root.text
     Accessible.role: Accessible.MenuItem
-    Accessible.onPressAction: root.triggered()
+    Accessible.onPressAction: if (root.enabled)
+        root.triggered()
     Keys.onEnterPressed: root.triggered()
     Keys.onReturnPressed: root.triggered()
     hoverEnabled: true

@@ -23,9 +23,15 @@ FocusScope {
             root.formerFocus = root.Window.activeFocusItem;
             root.firstFocus?.forceActiveFocus();
         } else {
+            root.focus = false;
             root.formerFocus?.forceActiveFocus();
             root.formerFocus = null;
         }
+    }
+    // One that is open from the start.
+    Component.onCompleted: {
+        if (root.isOpen)
+            root.firstFocus?.forceActiveFocus();
     }
 
     Accessible.description: root.message

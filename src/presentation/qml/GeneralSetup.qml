@@ -6,6 +6,7 @@ SetupSection {
     id: root
 
     required property GeneralSectionModel model
+    readonly property alias updates: updates
 
     help: root.model.help
     objectName: "general"
@@ -57,7 +58,10 @@ SetupSection {
         }
     }
     UpdatesSetup {
+        id: updates
+
         model: root.model.updates
+        objectName: "updates"
         visible: root.model.updates.isAvailable || root.model.updates.unavailabilityText !== ""
     }
 }

@@ -16,6 +16,13 @@ FocusScope {
     Keys.onEnterPressed: root.dismissed()
     Keys.onEscapePressed: root.dismissed()
     Keys.onReturnPressed: root.dismissed()
+    Window.onVisibilityChanged: {
+        if (root.Window.visibility !== Window.Hidden)
+            return;
+        rotation.close();
+        ending.close();
+        closing.forceActiveFocus();
+    }
     focus: true
     implicitHeight: column.implicitHeight + 48
     implicitWidth: 420
@@ -82,7 +89,9 @@ FocusScope {
                     text: root.model.linkText
                 }
             }
+            // A click on this or the next ones leaves Enter to the button that closes.
             SecondaryButton {
+                focusPolicy: Qt.TabFocus
                 objectName: "phoneLink.copy"
                 text: root.model.isCopied ? qsTr("복사했어요") : qsTr("복사")
                 onClicked: root.model.copy()
@@ -126,6 +135,7 @@ FocusScope {
 
             SecondaryButton {
                 enabled: !root.model.isChanging
+                focusPolicy: Qt.TabFocus
                 objectName: "phoneLink.rotate"
                 text: qsTr("새 QR로 바꾸기")
                 visible: root.hasKey
@@ -133,6 +143,7 @@ FocusScope {
             }
             SecondaryButton {
                 enabled: !root.model.isChanging
+                focusPolicy: Qt.TabFocus
                 objectName: "phoneLink.disconnect"
                 role: SecondaryButton.Destructive
                 text: qsTr("연결 끊기")
@@ -143,6 +154,8 @@ FocusScope {
                 Layout.fillWidth: true
             }
             ProminentButton {
+                id: closing
+
                 focus: true
                 objectName: "phoneLink.close"
                 text: qsTr("닫기")

@@ -12,7 +12,8 @@ T.Button {
 
     Accessible.name: root.text
     Accessible.role: Accessible.Button
-    Accessible.onPressAction: root.clicked()
+    Accessible.onPressAction: if (root.enabled)
+        root.clicked()
     Keys.onEnterPressed: root.clicked()
     Keys.onReturnPressed: root.clicked()
     focusPolicy: Qt.StrongFocus
@@ -26,9 +27,19 @@ T.Button {
     rightPadding: 9
 
     background: Rectangle {
+        border.color: ViewPalette.separator
+        border.width: ViewPalette.increasesContrast ? 1 : 0
         color: root.down ? ViewPalette.controlPressed : root.hovered ? ViewPalette.controlHovered : ViewPalette.controlFill
         radius: 6
 
+        Rectangle {
+            anchors.fill: parent
+            color: ViewPalette.red
+            objectName: "tint"
+            opacity: 0.12
+            radius: 6
+            visible: root.role === SecondaryButton.Destructive
+        }
         FocusRing {
             cornerRadius: 6
             visible: root.visualFocus

@@ -28,7 +28,8 @@ SetupRow {
 
         Accessible.name: root.title
         Accessible.role: Accessible.ComboBox
-        Accessible.onPressAction: box.popup.open()
+        Accessible.onPressAction: if (box.enabled)
+            box.popup.open()
         Keys.onEnterPressed: box.popup.open()
         Keys.onReturnPressed: box.popup.open()
         currentIndex: root.chosen
@@ -43,6 +44,8 @@ SetupRow {
         onActivated: index => root.asked(index)
 
         background: Rectangle {
+            border.color: ViewPalette.separator
+            border.width: ViewPalette.increasesContrast ? 1 : 0
             color: box.down ? ViewPalette.controlPressed : box.hovered ? ViewPalette.controlHovered : ViewPalette.controlFill
             radius: 6
 

@@ -16,7 +16,8 @@ T.ItemDelegate {
     Accessible.role: Accessible.ListItem
     Accessible.selectable: true
     Accessible.selected: root.isChosen
-    Accessible.onPressAction: root.clicked()
+    Accessible.onPressAction: if (root.enabled)
+        root.clicked()
     highlighted: ListView.isCurrentItem
     hoverEnabled: true
     implicitHeight: implicitContentHeight + topPadding + bottomPadding

@@ -13,8 +13,20 @@ Flickable {
 
     // At the top of the view, as far as the sections reach.
     function glideTo(section: Item): void {
-        glide.to = Math.max(0, Math.min(column.y + section.y, root.contentHeight - root.height));
-        glide.restart();
+        root.moveTo(Math.max(0, Math.min(column.y + section.y, root.contentHeight - root.height)));
+    }
+    // No further than needed.
+    function glideIntoSight(item: Item): void {
+        root.moveTo(root.placeWithSightOf(item));
+    }
+    function moveTo(place: real): void {
+        glide.stop();
+        if (ViewPalette.reducesMotion) {
+            root.contentY = place;
+        } else {
+            glide.to = place;
+            glide.start();
+        }
     }
     function contains(item: Item): bool {
         for (let each = item; each !== null; each = each.parent)
@@ -23,14 +35,18 @@ Flickable {
         return false;
     }
     function bringIntoSight(item: Item): void {
-        if (item === null || !root.contains(item))
-            return;
+        if (item !== null && root.contains(item))
+            root.contentY = root.placeWithSightOf(item);
+    }
+    // The nearest place of the view with all of that in it, and a margin around.
+    function placeWithSightOf(item: Item): real {
         const top = item.mapToItem(column, 0, 0).y + column.y - root.margin;
         const bottom = top + item.height + 2 * root.margin;
         if (top < root.contentY)
-            root.contentY = Math.max(0, top);
-        else if (bottom > root.contentY + root.height)
-            root.contentY = Math.min(bottom - root.height, root.contentHeight - root.height);
+            return Math.max(0, top);
+        if (bottom > root.contentY + root.height)
+            return Math.min(bottom - root.height, root.contentHeight - root.height);
+        return root.contentY;
     }
 
     boundsBehavior: contentHeight > height ? Flickable.DragAndOvershootBounds : Flickable.StopAtBounds
@@ -58,6 +74,7 @@ Flickable {
 
         duration: 350
         easing.type: Easing.InOutQuad
+        objectName: "glide"
         property: "contentY"
         target: root
     }

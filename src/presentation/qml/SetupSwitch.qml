@@ -15,8 +15,10 @@ T.CheckBox {
 
     Accessible.name: root.text
     Accessible.role: Accessible.CheckBox
-    Accessible.onPressAction: root.clicked()
-    Accessible.onToggleAction: root.clicked()
+    Accessible.onPressAction: if (root.enabled)
+        root.clicked()
+    Accessible.onToggleAction: if (root.enabled)
+        root.clicked()
     Keys.onEnterPressed: root.clicked()
     Keys.onReturnPressed: root.clicked()
     Layout.fillWidth: root.showsLabel

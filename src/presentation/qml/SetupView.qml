@@ -45,6 +45,7 @@ FocusScope {
             id: order
 
             model: root.model.cardOrder
+            onRowGlided: row => scroll.bringIntoSight(row)
         }
         IPhoneSetup {
             model: root.model.phones
@@ -53,6 +54,8 @@ FocusScope {
             model: root.model.phones
         }
         GeneralSetup {
+            id: general
+
             model: root.model.general
         }
         RemovalSetup {
@@ -69,6 +72,16 @@ FocusScope {
             if (order.visible)
                 scroll.glideTo(order);
             root.model.cardOrder.isRevealed = false;
+        }
+    }
+    Timer {
+        interval: 300
+        objectName: "revealUpdates"
+        running: root.model.general.updates.isRevealed
+        onTriggered: {
+            if (general.updates.visible)
+                scroll.glideIntoSight(general.updates);
+            root.model.general.updates.isRevealed = false;
         }
     }
     ConfirmationDialog {

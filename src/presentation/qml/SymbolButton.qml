@@ -14,7 +14,8 @@ T.Button {
     Accessible.description: root.hint
     Accessible.name: root.text
     Accessible.role: Accessible.Button
-    Accessible.onPressAction: root.clicked()
+    Accessible.onPressAction: if (root.enabled)
+        root.clicked()
     Keys.onEnterPressed: root.clicked()
     Keys.onReturnPressed: root.clicked()
     focusPolicy: Qt.StrongFocus

@@ -16,6 +16,11 @@ CardOrderSection::CardOrderSection(HelperModel& model)
 }
 
 void CardOrderSection::update() {
+    // Its row goes without a word of the view.
+    if (!dragging_.isEmpty() && placeOf(dragging_) < 0) {
+        dragging_.clear();
+        emit draggingChanged();
+    }
     const std::vector<SubscriptionLimits> shown = model_.menuLimits();
     std::vector<Row> rows;
     for (const SubscriptionLimits& limits : shown) {

@@ -3,6 +3,7 @@
 
 #include <QObject>
 #include <QString>
+#include <utility>
 
 namespace brimwatch {
 
@@ -20,6 +21,8 @@ class SetupUpdates : public QObject {
     Q_PROPERTY(bool canSkip READ canSkip NOTIFY statusChanged)
     // There is a page about the new version.
     Q_PROPERTY(bool hasPage READ hasPage NOTIFY statusChanged)
+    // The user is to see them; whoever has shown them to him takes it back.
+    Q_PROPERTY(bool isRevealed READ isRevealed WRITE setRevealed NOTIFY isRevealedChanged)
 
   public:
     SetupUpdates() = default;
@@ -33,6 +36,10 @@ class SetupUpdates : public QObject {
     virtual bool canInstall() const = 0;
     virtual bool canSkip() const = 0;
     virtual bool hasPage() const = 0;
+    bool isRevealed() const { return isRevealed_; }
+    void setRevealed(bool revealed) {
+        if (std::exchange(isRevealed_, revealed) != revealed) emit isRevealedChanged();
+    }
 
     Q_INVOKABLE virtual void checkNow() = 0;
     Q_INVOKABLE virtual void install() = 0;
@@ -42,6 +49,10 @@ class SetupUpdates : public QObject {
   signals:
     void automaticallyUpdatesChanged();
     void statusChanged();  // or the language in which it is told
+    void isRevealedChanged();
+
+  private:
+    bool isRevealed_ = false;
 };
 
 }  // namespace brimwatch

@@ -36,6 +36,8 @@ SetupViewModel::SetupViewModel(const Surroundings& surroundings)
           &HelperModel::menuOrderChanged, &HelperModel::isRemovingChanged,
           &HelperModel::failureChanged, &HelperModel::languageChanged})
         observe(changed);
+    // Nothing that is observed tells of a folder that was only declined.
+    connect(&addFolder_, &AddAccountFolder::dismissed, this, &SetupViewModel::scheduleUpdate);
 }
 
 void SetupViewModel::observe(void (HelperModel::*changed)()) {

@@ -24,15 +24,19 @@ void followSize(QQuickView& window) {
 
 }  // namespace
 
-PhoneLinkWindow::PhoneLinkWindow(PhoneLinkSheet& sheet) : sheet_(sheet) {}
+PhoneLinkWindow::PhoneLinkWindow(PhoneLinkSheet& sheet, const DesktopAppearance* desktop)
+    : sheet_(sheet), desktop_(desktop) {}
 
 PhoneLinkWindow::~PhoneLinkWindow() = default;
 
 void PhoneLinkWindow::show(QWindow* parent) {
     // Before the window is made: it is placed by the size that it has then.
-    if (!window_ || !window_->isVisible()) sheet_.appear();
+    sheet_.appear();
     if (!window_ && !makeWindow()) return;
     window_->setTransientParent(parent);
+    // What a window blocks is settled when it is shown.
+    if (!window_->isVisible())
+        window_->setModality(parent != nullptr ? Qt::WindowModal : Qt::NonModal);
     window_->show();
     window_->raise();
     window_->requestActivate();
@@ -54,6 +58,7 @@ bool PhoneLinkWindow::makeWindow() {
     ViewPalette& palette = preparedPalette(*engine);
     palette.setAppearance(appearance_);
     palette.setTextScale(textScale_);
+    if (desktop_ != nullptr) palette.follow(*desktop_);
     auto window = std::make_unique<QQuickView>(engine.get(), nullptr);
     window->setTitle(QStringLiteral("Brimwatch?"));
     window->setFlags(Qt::Dialog);

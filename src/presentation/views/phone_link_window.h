@@ -1,10 +1,12 @@
-// The window with the sheet of the link to an Android phone. Its engine is made when it is first
-// shown; a sheet that can't be made is logged, and nothing opens. Main thread.
+// The window with the sheet of the link to an Android phone, modal for the window that it is shown
+// for. Its engine is made when it is first shown; a sheet that can't be made is logged, and nothing
+// opens. Main thread.
 #pragma once
 
 #include <QQuickView>
 #include <memory>
 
+#include "platform/desktop_appearance.h"
 #include "presentation/phone_link_sheet.h"
 #include "presentation/sheet_window.h"
 
@@ -16,8 +18,8 @@ class ViewPalette;
 
 class PhoneLinkWindow final : public SheetWindow {
   public:
-    // The sheet must outlive the window.
-    explicit PhoneLinkWindow(PhoneLinkSheet& sheet);
+    // Both must outlive the window; without a desktop there is motion, and the usual contrast.
+    explicit PhoneLinkWindow(PhoneLinkSheet& sheet, const DesktopAppearance* desktop = nullptr);
     PhoneLinkWindow(const PhoneLinkWindow&) = delete;
     PhoneLinkWindow& operator=(const PhoneLinkWindow&) = delete;
     ~PhoneLinkWindow() override;
@@ -32,6 +34,7 @@ class PhoneLinkWindow final : public SheetWindow {
     bool makeWindow();
 
     PhoneLinkSheet& sheet_;
+    const DesktopAppearance* desktop_;
     Appearance appearance_ = Appearance::light;
     double textScale_ = 1;
     std::unique_ptr<QQmlEngine> engine_;

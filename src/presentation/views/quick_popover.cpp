@@ -44,14 +44,20 @@ QPoint cursorPlace() {
     return corner + (place - corner) * screen->devicePixelRatio();
 }
 
+// Qt knows a token by the environment alone, where its Wayland plugin looks while it asks for the
+// focus; the token is there for no longer than that. Nothing is started meanwhile, as that is done
+// on this thread. Other threads may read other variables: those of Qt wait at its lock, and for the
+// rest the C library replaces its list without freeing what they may be looking at.
+constexpr const char* tokenVariable = "XDG_ACTIVATION_TOKEN";
+
 }  // namespace
 
 QuickPopover::QuickPopover(Surroundings surroundings) : surroundings_(std::move(surroundings)) {}
 
 QuickPopover::~QuickPopover() = default;
 
-void QuickPopover::show(std::optional<QPoint> click, const QString& /*activationToken*/) {
-    if (state_ == State::shown) return window_->requestActivate();
+void QuickPopover::show(std::optional<QPoint> click, const QString& activationToken) {
+    if (state_ == State::shown) return activate(activationToken);
     if (state_ != State::closed || (!window_ && !makeWindow())) return;
     state_ = State::opening;
     click_ = click ? *click : cursorPlace();
@@ -61,7 +67,7 @@ void QuickPopover::show(std::optional<QPoint> click, const QString& /*activation
     window_->settle();
     place();
     window_->show();
-    window_->requestActivate();
+    activate(activationToken);
     state_ = State::shown;
     emit didShow();
 }
@@ -96,6 +102,7 @@ bool QuickPopover::makeWindow() {
     ViewPalette& palette = preparedPalette(*engine);
     palette.setAppearance(appearance_);
     palette.setTextScale(textScale_);
+    if (surroundings_.desktop != nullptr) palette.follow(*surroundings_.desktop);
     auto window = std::make_unique<PopoverWindow>(engine.get());
     window->setInitialProperties({{"model", QVariant::fromValue(&surroundings_.content)}});
     window->setSource(surroundings_.view);
@@ -109,6 +116,12 @@ bool QuickPopover::makeWindow() {
     window_ = std::move(window);
     palette_ = &palette;
     return true;
+}
+
+void QuickPopover::activate(const QString& token) {
+    const bool isOffered = !token.isEmpty() && qputenv(tokenVariable, token.toUtf8());
+    surroundings_.activate(*window_);
+    if (isOffered) qunsetenv(tokenVariable);
 }
 
 void QuickPopover::place() {

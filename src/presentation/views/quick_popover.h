@@ -7,10 +7,12 @@
 
 #include <QPoint>
 #include <QUrl>
+#include <QWindow>
 #include <functional>
 #include <memory>
 #include <optional>
 
+#include "platform/desktop_appearance.h"
 #include "presentation/menu_content_model.h"
 #include "presentation/popover.h"
 
@@ -27,10 +29,16 @@ class QuickPopover final : public Popover {
 
   public:
     struct Surroundings {
-        MenuContentModel& content;  // outlives the popover
+        // Both outlive the popover; without a desktop there is motion, and the usual contrast.
+        MenuContentModel& content;
+        const DesktopAppearance* desktop = nullptr;
         // Whether what lies behind a window shows through where the window is transparent. Asked at
         // each opening.
         std::function<bool()> blendsWindows = [] { return true; };
+        // Asks for the focus, with the token that is in the environment meanwhile, if any.
+        std::function<void(QWindow& window)> activate = [](QWindow& window) {
+            window.requestActivate();
+        };
         QUrl view = QUrl(QStringLiteral("qrc:/qt/qml/Brimwatch/MenuContent.qml"));
     };
 
@@ -52,6 +60,7 @@ class QuickPopover final : public Popover {
     enum class State { closed, opening, shown, closing };
 
     bool makeWindow();
+    void activate(const QString& token);
     void place();
 
     Surroundings surroundings_;

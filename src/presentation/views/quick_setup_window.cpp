@@ -62,6 +62,7 @@ bool QuickSetupWindow::makeWindow() {
     ViewPalette& palette = preparedPalette(*engine);
     palette.setAppearance(appearance_);
     palette.setTextScale(textScale_);
+    if (surroundings_.desktop != nullptr) palette.follow(*surroundings_.desktop);
     SetupViewModel& settings = surroundings_.settings;
     settings.setShown(true);
     auto window = std::make_unique<QQuickView>(engine.get(), nullptr);
@@ -91,7 +92,7 @@ void QuickSetupWindow::takeSize(QQuickView& window) const {
     const SetupWindowSize size =
         setupWindowSize(root.property("contentHeight").toDouble(),
                         screen ? std::optional<double>(screen->height()) : std::nullopt);
-    const QSize content(static_cast<int>(setupWindowWidth), qRound(size.height));
+    const QSize content(static_cast<int>(setupWindowWidth), static_cast<int>(size.height));
     window.setMinimumSize(size.isResizable
                               ? QSize(content.width(), static_cast<int>(setupWindowMinimumHeight))
                               : content);

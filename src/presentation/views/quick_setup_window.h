@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 
+#include "platform/desktop_appearance.h"
 #include "presentation/setup/setup_view_model.h"
 #include "presentation/sheet_window.h"
 
@@ -19,7 +20,9 @@ class ViewPalette;
 class QuickSetupWindow final : public SheetWindow {
   public:
     struct Surroundings {
-        SetupViewModel& settings;  // outlive the window
+        // Both outlive the window; without a desktop there is motion, and the usual contrast.
+        SetupViewModel& settings;
+        const DesktopAppearance* desktop = nullptr;
         // What the main screen leaves to windows; none if there is no screen.
         std::function<std::optional<QRect>()> screen = primaryScreen;
     };

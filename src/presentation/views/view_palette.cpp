@@ -17,6 +17,29 @@ void ViewPalette::setTextScale(double scale) {
     emit textScaleChanged();
 }
 
+void ViewPalette::follow(const DesktopAppearance& desktop) {
+    const auto followMotion = [this, &desktop] { setReducesMotion(desktop.reducesMotion()); };
+    const auto followContrast = [this, &desktop] {
+        setIncreasesContrast(desktop.increasesContrast());
+    };
+    connect(&desktop, &DesktopAppearance::motionChanged, this, followMotion);
+    connect(&desktop, &DesktopAppearance::contrastChanged, this, followContrast);
+    followMotion();
+    followContrast();
+}
+
+void ViewPalette::setIncreasesContrast(bool increases) {
+    if (increases == increasesContrast_) return;
+    increasesContrast_ = increases;
+    emit appearanceChanged();
+}
+
+void ViewPalette::setReducesMotion(bool reduces) {
+    if (reduces == reducesMotion_) return;
+    reducesMotion_ = reduces;
+    emit motionChanged();
+}
+
 QVariantList ViewPalette::gaugeTints() const {
     return {levelComfortable(), levelOverHalf(), levelWarning(), levelExhausted()};
 }

@@ -9,7 +9,9 @@
 #include <QVariantList>
 #include <cmath>
 
+#include "platform/desktop_appearance.h"
 #include "presentation/colors.h"
+#include "presentation/views/spring.h"
 
 namespace brimwatch {
 
@@ -19,6 +21,8 @@ class ViewPalette : public QObject {
     QML_SINGLETON
 
     Q_PROPERTY(bool dark READ isDark NOTIFY appearanceChanged)
+    // The user wants to see where a control ends.
+    Q_PROPERTY(bool increasesContrast READ increasesContrast NOTIFY appearanceChanged)
     Q_PROPERTY(QColor brandTeal READ brandTeal CONSTANT)
     Q_PROPERTY(QColor brandDeepTeal READ brandDeepTeal CONSTANT)
     Q_PROPERTY(QColor brandNavy READ brandNavy CONSTANT)
@@ -70,13 +74,22 @@ class ViewPalette : public QObject {
     // Whether texts are so large that what stands side by side has to go below each other.
     Q_PROPERTY(bool accessibilitySize READ isAccessibilitySize NOTIFY textScaleChanged)
 
+    // The user wants to be where something leads without seeing how it gets there.
+    Q_PROPERTY(bool reducesMotion READ reducesMotion NOTIFY motionChanged)
+    // Of a `SpringAnimation` by which rows glide to their places.
+    Q_PROPERTY(double rowSpring READ rowSpring CONSTANT)
+    Q_PROPERTY(double rowDamping READ rowDamping CONSTANT)
+
   public:
     ViewPalette() = default;
 
+    bool increasesContrast() const { return increasesContrast_; }
     bool isDark() const { return appearance_ == Appearance::dark; }
     void setAppearance(Appearance appearance);
     // A factor for the size of all texts, above 0.
     void setTextScale(double scale);
+    // Has motion and contrast as the desktop has them from now on; it must outlive the palette.
+    void follow(const DesktopAppearance& desktop);
 
     static QColor brandTeal() { return colors::brandTeal; }
     static QColor brandDeepTeal() { return colors::brandDeepTeal; }
@@ -85,29 +98,47 @@ class ViewPalette : public QObject {
     static QColor brandCream() { return colors::brandCream; }
     static QColor brandPaper() { return colors::brandPaper; }
 
-    QColor levelComfortable() const { return colors::levelComfortable.in(appearance_); }
-    QColor levelOverHalf() const { return colors::levelOverHalf.in(appearance_); }
-    QColor levelWarning() const { return colors::levelWarning.in(appearance_); }
-    QColor levelExhausted() const { return colors::levelExhausted.in(appearance_); }
+    QColor levelComfortable() const {
+        return pick(colors::levelComfortable, colors::increased::levelComfortable);
+    }
+    QColor levelOverHalf() const {
+        return pick(colors::levelOverHalf, colors::increased::levelOverHalf);
+    }
+    QColor levelWarning() const {
+        return pick(colors::levelWarning, colors::increased::levelWarning);
+    }
+    QColor levelExhausted() const {
+        return pick(colors::levelExhausted, colors::increased::levelExhausted);
+    }
     QColor cardFill() const { return colors::cardFill.in(appearance_); }
     QColor surfaceFill() const { return colors::surfaceFill.in(appearance_); }
     QColor rowFill() const { return colors::rowFill.in(appearance_); }
 
-    QColor primaryLabel() const { return colors::primaryLabel.in(appearance_); }
-    QColor secondaryLabel() const { return colors::secondaryLabel.in(appearance_); }
-    QColor tertiaryFill() const { return colors::tertiaryFill.in(appearance_); }
-    QColor separator() const { return colors::separator.in(appearance_); }
-    QColor indigo() const { return colors::indigo.in(appearance_); }
-    QColor teal() const { return colors::teal.in(appearance_); }
-    QColor orange() const { return colors::orange.in(appearance_); }
-    QColor red() const { return colors::red.in(appearance_); }
+    QColor primaryLabel() const {
+        return pick(colors::primaryLabel, colors::increased::primaryLabel);
+    }
+    QColor secondaryLabel() const {
+        return pick(colors::secondaryLabel, colors::increased::secondaryLabel);
+    }
+    QColor tertiaryFill() const {
+        return pick(colors::tertiaryFill, colors::increased::tertiaryFill);
+    }
+    QColor separator() const { return pick(colors::separator, colors::increased::separator); }
+    QColor indigo() const { return pick(colors::indigo, colors::increased::indigo); }
+    QColor teal() const { return pick(colors::teal, colors::increased::teal); }
+    QColor orange() const { return pick(colors::orange, colors::increased::orange); }
+    QColor red() const { return pick(colors::red, colors::increased::red); }
 
     QColor popoverFill() const { return colors::popoverFill.in(appearance_); }
-    QColor popoverEdge() const { return colors::popoverEdge.in(appearance_); }
-    QColor controlFill() const { return colors::controlFill.in(appearance_); }
-    QColor controlHovered() const { return colors::controlHovered.in(appearance_); }
-    QColor controlPressed() const { return colors::controlPressed.in(appearance_); }
-    QColor focusRing() const { return colors::focusRing.in(appearance_); }
+    QColor popoverEdge() const { return pick(colors::popoverEdge, colors::increased::popoverEdge); }
+    QColor controlFill() const { return pick(colors::controlFill, colors::increased::controlFill); }
+    QColor controlHovered() const {
+        return pick(colors::controlHovered, colors::increased::controlHovered);
+    }
+    QColor controlPressed() const {
+        return pick(colors::controlPressed, colors::increased::controlPressed);
+    }
+    QColor focusRing() const { return pick(colors::focusRing, colors::increased::focusRing); }
 
     QVariantList gaugeTints() const;
     QVariantList statusInks() const;
@@ -125,16 +156,29 @@ class ViewPalette : public QObject {
     double listRowHeight() const { return std::round(controlSize() * 1.4) + 18; }
     bool isAccessibilitySize() const { return textScale_ >= 1.5; }
 
+    bool reducesMotion() const { return reducesMotion_; }
+    static double rowSpring() { return rowMotion.spring(); }
+    static double rowDamping() { return rowMotion.damping(); }
+
     // Of the application: texts of the views follow its language.
     bool eventFilter(QObject* watched, QEvent* event) override;
 
   signals:
     void appearanceChanged();
     void textScaleChanged();
+    void motionChanged();
 
   private:
+    void setReducesMotion(bool reduces);
+    void setIncreasesContrast(bool increases);
+    QColor pick(const DynamicColor& usual, const DynamicColor& increased) const {
+        return (increasesContrast_ ? increased : usual).in(appearance_);
+    }
+
     Appearance appearance_ = Appearance::light;
     double textScale_ = 1;
+    bool reducesMotion_ = false;
+    bool increasesContrast_ = false;
 };
 
 }  // namespace brimwatch

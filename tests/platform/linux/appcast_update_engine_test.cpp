@@ -101,6 +101,7 @@ class AppcastUpdateEngineTest : public test::ApplicationTest {
                 .info = info_,
                 .folders = hasFolders_ ? std::optional(installation_.folders()) : std::nullopt,
                 .language = "ko",
+                .unpack = &unpackUpdate,
                 .sleep = time_.sleeper(),
                 .now = [this] { return time_.now(); },
                 .relaunch =

@@ -391,6 +391,22 @@ TEST_F(CloudKitHostileTest, ASignOutMeanwhileIsNotUndoneByALateAnswer) {
     EXPECT_EQ(storedToken(), "");
 }
 
+TEST_F(CloudKitHostileTest, AServerThatRepeatsTheAddressIsNotQuoted) {
+    server_->set(RecordServer::Rotation::none);
+    const QByteArray token = QByteArray::fromStdString(storedToken());
+    const QByteArray encoded = token.toPercentEncoding();
+    const std::vector<QByteArray> forms = {token, encoded, encoded.toLower(),
+                                           QByteArray(token).replace('+', "%2B"),
+                                           QByteArray(token).replace('+', ' ')};
+    for (const QByteArray& form : forms) {
+        server_->answerNext(
+            RecordServer::error(400, "BAD_REQUEST", "no: ?ckWebAuthToken=" + form.toStdString()));
+        EXPECT_EQ(failure().description, "(…)") << form.toStdString();
+    }
+    server_->answerNext(RecordServer::error(400, "BAD_REQUEST", "100% no: tok%2B"));
+    EXPECT_EQ(failure().description, "BAD_REQUEST: 100% no: tok%2B");
+}
+
 TEST_F(CloudKitHostileTest, ADatabaseThatGoesEndsItsCalls) {
     server_->answerNext({.delivery = Delivery::never});
     const PendingRecord running(database_->record("a"));

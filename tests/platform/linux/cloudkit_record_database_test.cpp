@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <vector>
 
+#include "platform/linux/cloud_sign_in.h"
 #include "platform/linux/cloud_test.h"
 
 namespace brimwatch {
@@ -19,6 +21,12 @@ std::string bytesOfEveryKind() {
     for (int value = 0; value < 256; ++value)
         bytes += static_cast<char>(value);
     return bytes;
+}
+
+TEST(CloudTimingTest, IsTenSecondsWithoutAByteTwentyInAllAndFiveMinutesForASignIn) {
+    EXPECT_EQ(CloudTiming().silence, std::chrono::seconds(10));
+    EXPECT_EQ(CloudTiming().whole, std::chrono::seconds(20));
+    EXPECT_EQ(CloudSignIn::Surroundings().giveUpAfter, std::chrono::minutes(5));
 }
 
 class CloudKitRecordDatabaseTest : public test::CloudTest {

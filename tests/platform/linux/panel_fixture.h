@@ -101,6 +101,7 @@ class ChosenAppearance : public DesktopAppearance {
   public:
     bool isDark() const override { return isDark_; }
     bool reducesMotion() const override { return false; }
+    bool increasesContrast() const override { return false; }
     double textScale() const override { return 1; }
     void choose(bool isDark) {
         isDark_ = isDark;

@@ -21,6 +21,7 @@ using test::FakeService;
 constexpr const char* portalName = "org.freedesktop.portal.Desktop";
 constexpr const char* scheme = "org.freedesktop.appearance color-scheme";
 constexpr const char* reducedMotion = "org.freedesktop.appearance reduced-motion";
+constexpr const char* contrast = "org.freedesktop.appearance contrast";
 constexpr const char* animations = "org.gnome.desktop.interface enable-animations";
 constexpr const char* textScale = "org.gnome.desktop.interface text-scaling-factor";
 
@@ -59,6 +60,8 @@ class PortalAppearanceTest : public test::BusTest {
         QObject::connect(appearance_.get(), &DesktopAppearance::darkChanged, [this] { ++dark_; });
         QObject::connect(appearance_.get(), &DesktopAppearance::motionChanged,
                          [this] { ++motion_; });
+        QObject::connect(appearance_.get(), &DesktopAppearance::contrastChanged,
+                         [this] { ++contrast_; });
         QObject::connect(appearance_.get(), &DesktopAppearance::textScaleChanged,
                          [this] { ++scale_; });
     }
@@ -68,7 +71,7 @@ class PortalAppearanceTest : public test::BusTest {
         EXPECT_TRUE(hasBeenRead());
     }
     bool hasBeenRead(int times = 1) {
-        return eventually([&] { return portal_->calls().size() == 4 * times; }) &&
+        return eventually([&] { return portal_->calls().size() == 5 * times; }) &&
                hasArrived(*portal_);
     }
     void change(const QString& setting, const QVariant& value) {
@@ -80,7 +83,7 @@ class PortalAppearanceTest : public test::BusTest {
     void stopKdeMotion() {
         test::writeFile(folder_.file("kdeglobals"), "[KDE]\nAnimationDurationFactor=0\n");
     }
-    int changes() const { return dark_ + motion_ + scale_; }
+    int changes() const { return dark_ + motion_ + contrast_ + scale_; }
 
     test::TemporaryFolder folder_;
     PosixFileSystem files_;
@@ -89,6 +92,7 @@ class PortalAppearanceTest : public test::BusTest {
     std::unique_ptr<PortalAppearance> appearance_;
     int dark_ = 0;
     int motion_ = 0;
+    int contrast_ = 0;
     int scale_ = 0;
 };
 
@@ -142,6 +146,28 @@ TEST_F(PortalAppearanceTest, FollowsWhatChanges) {
     EXPECT_EQ(scale_, 1);
 }
 
+TEST_F(PortalAppearanceTest, TellsWhenMoreContrastIsWanted) {
+    provide(contrast, 1U);
+    portal_->own(portalName);
+    watch();
+    EXPECT_FALSE(appearance_->increasesContrast());
+    ASSERT_TRUE(hasBeenRead());
+    EXPECT_TRUE(appearance_->increasesContrast());
+    EXPECT_EQ(changes(), 1);
+    change(contrast, variant(0U));
+    EXPECT_FALSE(appearance_->increasesContrast());
+    EXPECT_EQ(contrast_, 2);
+}
+
+TEST_F(PortalAppearanceTest, UnknownContrastIsTheUsualOne) {
+    watchRunning();
+    for (const QVariant& value : {QVariant(2U), QVariant(QStringLiteral("1")), QVariant(true)}) {
+        change(contrast, variant(value));
+        EXPECT_FALSE(appearance_->increasesContrast());
+    }
+    EXPECT_EQ(changes(), 0);
+}
+
 TEST_F(PortalAppearanceTest, AChangeCountsMoreThanAnAnswerThatComesBehindIt) {
     portal_->handle([this](const QDBusMessage& call) {
         portal_->say("/org/freedesktop/portal/desktop", "org.freedesktop.portal.Settings",
@@ -161,7 +187,8 @@ TEST_F(PortalAppearanceTest, WhatStaysTheSameIsNotTold) {
     change(reducedMotion, variant(0U));
     change(animations, variant(true));
     change(textScale, variant(1.0));
-    change("org.freedesktop.appearance contrast", variant(1U));
+    change(contrast, variant(0U));
+    change("org.freedesktop.appearance accent-color", variant(1U));
     change("org.gnome.desktop.interface color-scheme", variant(0U));
     change("org.gnome.desktop.interface reduced-motion", variant(1U));
     EXPECT_EQ(changes(), 1);

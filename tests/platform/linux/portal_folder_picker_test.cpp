@@ -116,6 +116,24 @@ TEST_F(PortalFolderPickerTest, AsksForAFolderAndGivesThatWhichTheUserChose) {
     EXPECT_TRUE(other_.titles.isEmpty());
 }
 
+TEST_F(PortalFolderPickerTest, GivesAFolderByItsBytes) {
+    const std::pair<const char*, const char*> places[] = {
+        {"file:///home/me/cod%E9x", "/home/me/cod\xE9x"},
+        {"file:///home/me/50%2525%23", "/home/me/50%25#"},
+        {"file://localhost/home/me", "/home/me"}};
+    for (const auto& [uri, folder] : places) {
+        providePortal();
+        questions_.clear();
+        answers_.clear();
+        pick();
+        ASSERT_TRUE(isAsked());
+        respond(0, {uri});
+        ASSERT_TRUE(isAnswered());
+        EXPECT_EQ(answers_, std::vector<Folder>{folder}) << uri;
+        portal_.reset();
+    }
+}
+
 TEST_F(PortalFolderPickerTest, GivesNothingIfTheUserChoseNone) {
     for (const quint32 response : {1U, 2U}) {
         providePortal();
@@ -131,7 +149,7 @@ TEST_F(PortalFolderPickerTest, GivesNothingIfTheUserChoseNone) {
 }
 
 TEST_F(PortalFolderPickerTest, GivesNothingForAPlaceThatIsNoFolderOfThisMachine) {
-    for (const char* uri : {"sftp://host/folder", "", "http://127.0.0.1/"}) {
+    for (const char* uri : {"sftp://host/folder", "", "http://127.0.0.1/", "file://host/folder"}) {
         providePortal();
         questions_.clear();
         answers_.clear();

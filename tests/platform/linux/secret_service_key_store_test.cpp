@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
 #include <csignal>
+#include <memory>
 #include <vector>
 
 #include "platform/linux/secret_service_test.h"
@@ -455,6 +458,57 @@ TEST_F(ScriptedSecretServiceTest, TheTimeThatTheUserTakesDoesNotCount) {
     EXPECT_EQ(store_->copyMatching(phoneKey, KeyPrompt::allowed).value.view(), "abc");
 }
 
+TEST_F(ScriptedSecretServiceTest, AServiceThatWasSilentIsLeftAloneUnlessTheUserAsks) {
+    auto answers = itemAnswers();
+    const auto isSilent = std::make_shared<std::atomic<bool>>(true);
+    answers["SearchItems"] = [isSilent](test::FakeService&, const QDBusMessage& call) {
+        return *isSilent ? QDBusMessage() : call.createReply({paths({"/i"}), paths({})});
+    };
+    serve(answers);
+    makeStore({.calls = std::chrono::milliseconds(1000)});
+    EXPECT_EQ(allCalls(), std::vector<KeyStatus>(4, key_status::notAvailable));
+    EXPECT_FALSE(store_->isMissing());
+    *isSilent = false;
+    EXPECT_EQ(store_->copyMatching(phoneKey, forbidden).status, key_status::notAvailable);
+    EXPECT_EQ(store_->copyMatching(phoneKey, KeyPrompt::allowed).value.view(), "abc");
+    EXPECT_EQ(stored(), "abc");
+    EXPECT_FALSE(wasCalled("SetSecret"));
+    EXPECT_EQ(service_->calls().filter("SearchItems").size(), 3);
+}
+
+TEST_F(ScriptedSecretServiceTest, AServiceThatWasSilentToTheFirstQuestionOfAllIsLeftAloneToo) {
+    auto answers = itemAnswers();
+    answers["ReadAlias"] = [](test::FakeService&, const QDBusMessage&) { return QDBusMessage(); };
+    serve(answers);
+    makeStore({.calls = std::chrono::milliseconds(1000)});
+    EXPECT_FALSE(store_->isMissing());
+    EXPECT_EQ(store_->copyMatching(phoneKey, forbidden).status, key_status::notAvailable);
+}
+
+TEST_F(ScriptedSecretServiceTest, AServiceThatWasSilentIsAskedAgainAfterItsRest) {
+    auto answers = itemAnswers();
+    const auto isSilent = std::make_shared<std::atomic<bool>>(true);
+    answers["SearchItems"] = [isSilent](test::FakeService&, const QDBusMessage& call) {
+        return *isSilent ? QDBusMessage() : call.createReply({paths({"/i"}), paths({})});
+    };
+    serve(answers);
+    makeStore({.calls = std::chrono::milliseconds(1000), .rest = std::chrono::milliseconds(1)});
+    EXPECT_EQ(store_->copyMatching(phoneKey, forbidden).status, key_status::notAvailable);
+    *isSilent = false;
+    EXPECT_TRUE(eventually([this] {
+        return store_->copyMatching(phoneKey, forbidden).status == key_status::success;
+    }));
+}
+
+TEST_F(ScriptedSecretServiceTest, AServiceThatEndsWhileItIsAskedIsAskedAgainAtOnce) {
+    auto answers = itemAnswers();
+    answers["SearchItems"] = failing("org.freedesktop.DBus.Error.NoReply");
+    serve(answers);
+    EXPECT_EQ(store_->copyMatching(phoneKey, forbidden).status, key_status::notAvailable);
+    serve(itemAnswers());
+    EXPECT_EQ(stored(), "abc");
+}
+
 TEST_F(ScriptedSecretServiceTest, NoSessionStaysOpen) {
     serve(itemAnswers());
     EXPECT_EQ(stored(), "abc");
@@ -493,6 +547,12 @@ TEST_F(ScriptedSecretServiceTest, AServiceWithoutPlainSessionsIsOfNoUse) {
     answers["OpenSession"] = failing("org.freedesktop.DBus.Error.NotSupported");
     serve(answers);
     EXPECT_EQ(store_->copyMatching(phoneKey, forbidden).status, -25291);
+}
+
+TEST(SecretServiceTimingTest, IsTwoSecondsAMinuteForTheUserAndFiveOfRest) {
+    EXPECT_EQ(SecretServiceTiming().calls, std::chrono::seconds(2));
+    EXPECT_EQ(SecretServiceTiming().prompt, std::chrono::minutes(1));
+    EXPECT_EQ(SecretServiceTiming().rest, std::chrono::minutes(5));
 }
 
 TEST(SecretServiceStatusesTest, EachErrorHasItsStatus) {

@@ -54,6 +54,28 @@ TEST_F(SessionFileManagerTest, ShowsTheFolderSelectedInTheFileManager) {
     EXPECT_TRUE(opened_.isEmpty());
 }
 
+TEST_F(SessionFileManagerTest, ShowsAFolderWhoseNameIsNoText) {
+    QVariantList arguments;
+    provide([&](const QDBusMessage& call) {
+        arguments = call.arguments();
+        return call.createReply();
+    });
+    files_->reveal("/home/me/cod\xE9 50%25");
+    ASSERT_TRUE(eventuallyInLoop([&] { return !arguments.isEmpty(); }));
+    EXPECT_EQ(arguments.at(0).toStringList(), QStringList("file:///home/me/cod%E9%2050%2525"));
+}
+
+TEST_F(SessionFileManagerTest, HasTheDesktopOpenTheFolderOfAFileWhoseNameIsNoText) {
+    test::writeFile(folder_.file("cod\xE9/a\xE9"), "text");
+    files_->reveal(folder_.file("cod\xE9/a\xE9"));
+    ASSERT_TRUE(eventuallyInLoop([&] { return !opened_.isEmpty(); }));
+    const QStringList folder(QString::fromStdString("file://" + folder_.path() + "/cod%E9"));
+    EXPECT_EQ(opened_, folder);
+    files_->reveal(folder_.file("cod\xE9"));
+    ASSERT_TRUE(eventuallyInLoop([&] { return opened_.size() == 2; }));
+    EXPECT_EQ(opened_, folder + folder);
+}
+
 TEST_F(SessionFileManagerTest, HasTheDesktopOpenTheFolderWhereThereIsNoSuchService) {
     files_->reveal(folder_.path());
     ASSERT_TRUE(eventuallyInLoop([&] { return !opened_.isEmpty(); }));

@@ -50,7 +50,7 @@ class UpdatePreparation : public ::testing::Test {
         const FileDescriptor file(::memfd_create("update", MFD_CLOEXEC));
         EXPECT_EQ(::write(file.get(), archive_.data(), archive_.size()),
                   static_cast<ssize_t>(archive_.size()));
-        return prepareUpdate(order_, file, installation.folders(), isCancelled_);
+        return prepareUpdate(order_, file, installation.folders(), unpackUpdate, isCancelled_);
     }
     int prepareAndSwitch(const test::Installation& installation) const {
         if (!prepareIn(installation)) return 1;
@@ -176,7 +176,8 @@ TEST_F(UpdatePreparation, OnAFullDiskLeavesNothing) {
         // Less than the largest file of a version.
         const rlimit limit{.rlim_cur = 200'000, .rlim_max = 200'000};
         ::setrlimit(RLIMIT_FSIZE, &limit);
-        const Result result = prepareUpdate(order_, file, installation_.folders(), isCancelled_);
+        const Result result =
+            prepareUpdate(order_, file, installation_.folders(), unpackUpdate, isCancelled_);
         ::_exit(isWritten && !result && result.error() == UpdateFailure::disk ? 7 : 1);
     }
     ::waitpid(child, &status, 0);

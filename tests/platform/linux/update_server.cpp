@@ -36,7 +36,7 @@ void addExtension(X509* certificate, int kind, const char* value) {
 }
 
 // Signed by itself, for the loopback address, from yesterday to tomorrow.
-Identity makeIdentity() {
+Identity makeIdentity(const char* subject) {
     constexpr long day = 86'400;
     EVP_PKEY* key = EVP_EC_gen("P-256");
     X509* certificate = X509_new();
@@ -52,7 +52,7 @@ Identity makeIdentity() {
     X509_NAME_add_entry_by_txt(name, "CN", MBSTRING_ASC,
                                reinterpret_cast<const unsigned char*>(own.c_str()), -1, -1, 0);
     X509_set_issuer_name(certificate, name);
-    addExtension(certificate, NID_subject_alt_name, "IP:127.0.0.1");
+    addExtension(certificate, NID_subject_alt_name, subject);
     addExtension(certificate, NID_basic_constraints, "critical,CA:TRUE");
     X509_sign(certificate, key, EVP_sha256());
 
@@ -92,8 +92,9 @@ UpdateServer::Request parseHead(const std::string& head) {
 }  // namespace
 
 UpdateServer::UpdateServer(Trust trust) : former_(QSslConfiguration::defaultConfiguration()) {
-    const Identity identity = makeIdentity();
-    if (trust == Trust::trusted) {
+    const bool isOther = trust == Trust::trustedAsAnother;
+    const Identity identity = makeIdentity(isOther ? "IP:127.0.0.2" : "IP:127.0.0.1");
+    if (trust != Trust::unknown) {
         QSslConfiguration trusting = former_;
         trusting.addCaCertificate(identity.certificate);
         QSslConfiguration::setDefaultConfiguration(trusting);

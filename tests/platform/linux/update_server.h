@@ -16,7 +16,7 @@ namespace brimwatch::test {
 class UpdateServer {
   public:
     enum class Delivery { whole, half, headOnly, never };
-    enum class Trust { trusted, unknown };
+    enum class Trust { trusted, trustedAsAnother, unknown };
 
     struct Reply {
         int status = 200;
