@@ -7,8 +7,9 @@ here=$root/tests/panels
 step() { printf '  %s\n' "$*"; }
 fail() {
     echo "$*"
-    import -window root "$pictures/failure.png"
-    "$here/accessible" >"$pictures/failure.txt" || true
+    local file=$pictures/${0##*/}-failure
+    import -window root "$file.png"
+    "$here/accessible" >"$file.txt" || true
     exit 1
 }
 
@@ -18,7 +19,8 @@ see() { # TEXT
 }
 see_not() { ! see "$1"; }
 press() { "$here/accessible" press "$@"; }
-has_state() { [[ " $("$here/accessible" states "$1") " == *" $2 "* ]]; } # NAME STATE
+# Of the last one of that name: a control stands behind the title of its section or row.
+has_state() { [[ " $("$here/accessible" states "$1" last) " == *" $2 "* ]]; } # NAME STATE
 has_text() { [[ $("$here/accessible" text "$1") == "$2" ]]; } # NAME TEXT
 has_no_state() { ! has_state "$@"; }
 is_at_rest() { # NAME [last]: nothing glides any more
@@ -65,3 +67,10 @@ widths() {
 }
 has_settings() { [[ " $(widths | tr '\n' ' ')" == *" 460 "* ]]; }
 has_no_settings() { ! has_settings; }
+# call_settings RUNTIME_FOLDER COMMAND...: by a second start, once the first one runs and can be
+# reached.
+call_settings() {
+    until_is test -S "$1/net.quillmoor.brimwatch.limitsChanged"
+    until_is timeout 10 "${@:2}" 2>/dev/null
+    until_is has_settings
+}

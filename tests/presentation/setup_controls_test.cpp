@@ -53,6 +53,20 @@ TEST_F(SetupControlsTest, WhatIsDisabledIsNotPressedByAnAccessibilityClientEithe
     settle();
 }
 
+TEST_F(SetupControlsTest, AnAccessibilityClientHearsHowASwitchStands) {
+    QAccessible::setActive(true);
+    start();
+    show();
+    QQuickItem& control = item("codex.enabled");
+    const QAccessibleInterface* interface = QAccessible::queryAccessibleInterface(&control);
+    EXPECT_TRUE(interface->state().checkable);
+    EXPECT_TRUE(interface->state().checked);
+    press(control);
+    EXPECT_FALSE(interface->state().checked);
+    model().setCodexEnabled(true);
+    EXPECT_TRUE(interface->state().checked);
+}
+
 TEST_F(SetupControlsTest, NoControlActsWhileItIsDisabled) {
     startWithThreeCards();
     show();

@@ -7,6 +7,7 @@
 #include <QRasterWindow>
 #include <QScreen>
 #include <cmath>
+#include <filesystem>
 
 #include "presentation/colors.h"
 #include "presentation/views/view_module.h"
@@ -88,6 +89,20 @@ TEST_F(SetupWindowTest, IsNeverLowerThanItsContentByAFraction) {
         EXPECT_LT(window.window()->height(), content + 1) << scale;
         EXPECT_FALSE(itemIn(*view.rootObject(), "scrollBar").isVisible()) << scale;
     }
+}
+
+TEST_F(SetupWindowTest, IsFilledAlsoWhenItsContentBecomesLower) {
+    screen_ = QRect(0, 0, 1280, 9000);
+    const std::string folder = makeCodexFolder(".codex-a");
+    model().refresh();
+    show();
+    const auto& view = static_cast<const QQuickView&>(*setup_.window());
+    const double before = view.rootObject()->property("contentHeight").toDouble();
+    std::filesystem::remove_all(folder);
+    model().refresh();
+    EXPECT_TRUE(eventuallyInLoop(
+        [&] { return view.rootObject()->property("contentHeight").toDouble() < before; }));
+    EXPECT_EQ(view.rootObject()->size().toSize(), setup_.window()->size());
 }
 
 TEST_F(SetupWindowTest, CountsLargeTextsAndAllAccounts) {

@@ -45,7 +45,9 @@ int main(int argumentCount, char** arguments) {
     QTimer afterRequest;
     afterRequest.setSingleShot(true);
     QObject::connect(&afterRequest, &QTimer::timeout, [&] { writeRecords(records, server); });
-    server.beforeEach([&](const RecordServer::Request&) { afterRequest.start(0); });
+    constexpr int longerThanARequest = 50;  // milliseconds
+    server.beforeEach(
+        [&](const RecordServer::Request&) { afterRequest.start(longerThanARequest); });
     write(folder / "address", server.address());
     return QCoreApplication::exec();
 }

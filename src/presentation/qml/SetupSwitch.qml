@@ -13,6 +13,9 @@ T.CheckBox {
 
     signal asked(bool on)
 
+    Accessible.checkable: true
+    // Of itself it does not tell of a change that comes by `checkState`.
+    Accessible.checked: root.isOn
     Accessible.name: root.text
     Accessible.role: Accessible.CheckBox
     Accessible.onPressAction: if (root.enabled)

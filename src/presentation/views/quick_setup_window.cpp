@@ -98,6 +98,8 @@ void QuickSetupWindow::takeSize(QQuickView& window) const {
                               : content);
     window.setMaximumSize(size.isResizable ? QSize(content.width(), unlimited) : content);
     window.resize(content);
+    // Its own height would otherwise go on following what is in it.
+    root.setHeight(content.height());
     if (!screen) return;
     QRect place(QPoint(), content);
     place.moveCenter(screen->center());
