@@ -52,9 +52,10 @@ as_owner() {
         env HOME=$owner_home --chdir=$owner_home "$@"
 }
 
-# on_desktop COMMAND...: in a session with a panel, as the user.
+# on_desktop COMMAND...: in a session with a panel, as the user, on a screen high enough for all of the
+# settings.
 on_desktop() {
-    as_owner timeout 300 "$here/scripts/virtual-desktop" /tmp/desktop "$@" || {
+    as_owner SCREEN=1280x2200 timeout 300 "$here/scripts/virtual-desktop" /tmp/desktop "$@" || {
         tail -n 20 "$system/tmp/desktop/log"
         return 1
     }
