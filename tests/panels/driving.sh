@@ -8,7 +8,7 @@ step() { printf '  %s\n' "$*"; }
 fail() {
     echo "$*"
     local file=$pictures/${0##*/}-failure
-    import -window root "$file.png"
+    import -window root "$file.png" || true
     "$here/accessible" >"$file.txt" || true
     exit 1
 }
