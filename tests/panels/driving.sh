@@ -67,10 +67,13 @@ widths() {
 }
 has_settings() { [[ " $(widths | tr '\n' ' ')" == *" 460 "* ]]; }
 has_no_settings() { ! has_settings; }
-# call_settings RUNTIME_FOLDER COMMAND...: by a second start, once the first one runs and can be
-# reached.
+is_reachable() {
+    gdbus call --session --dest org.freedesktop.DBus --object-path /org/freedesktop/DBus \
+        --method org.freedesktop.DBus.GetNameOwner net.quillmoor.brimwatch >/dev/null 2>&1
+}
+# call_settings COMMAND...: by a second start, once the first one can be reached.
 call_settings() {
-    until_is test -S "$1/net.quillmoor.brimwatch.limitsChanged"
-    until_is timeout 10 "${@:2}" 2>/dev/null
+    until_is is_reachable
+    timeout 20 "$@" || fail "The second start ended with $?"
     until_is has_settings
 }
