@@ -14,12 +14,12 @@ SetupSection {
     signal rowGlided(Item row)
 
     function measure(): void {
-        let height = ViewPalette.listRowHeight;
-        for (let index = 0; index < rows.count; ++index) {
-            const row = rows.itemAt(index) as CardOrderRow;
-            height = Math.max(height, row?.neededHeight ?? 0);
-        }
-        root.rowHeight = height;
+        const all = [];
+        for (let index = 0; index < rows.count; ++index)
+            all.push(rows.itemAt(index) as CardOrderRow);
+        const there = all.filter(row => row !== null);
+        root.rowHeight = Math.max(ViewPalette.listRowHeight, ...there.map(row => row.neededHeight));
+        there.forEach(row => row.height = root.rowHeight);
     }
 
     help: qsTr("줄을 끌어서 메뉴 창 카드의 순서를 바꿔요. 메뉴 창에서 카드를 오른쪽 클릭해 '순서 바꾸기'를 눌러도 여기로 와요. 새로 연결한 계정은 맨 아래에 붙어요. iPhone 홈 카드 순서와는 따로 정해요.")
@@ -43,12 +43,11 @@ SetupSection {
             CardOrderRow {
                 id: row
 
-                height: root.rowHeight
                 onDragged: () => root.model.drag(row.key)
                 onDropped: () => root.model.drop()
                 onEntered: index => root.model.enter(rows.itemAt(index).key)
                 onGlided: () => root.rowGlided(row)
-                onNeededHeightChanged: root.measure()
+                onNeededHeightChanged: () => root.measure()
                 onMoveDownRequested: () => root.model.moveDown(row.key)
                 onMoveUpRequested: () => root.model.moveUp(row.key)
             }
