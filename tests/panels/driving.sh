@@ -71,9 +71,10 @@ is_reachable() {
     gdbus call --session --dest org.freedesktop.DBus --object-path /org/freedesktop/DBus \
         --method org.freedesktop.DBus.GetNameOwner net.quillmoor.brimwatch >/dev/null 2>&1
 }
-# call_settings COMMAND...: by a second start, once the first one can be reached.
+# call_settings COMMAND...: by a second start, once the first one has its name on the bus. It may still
+# be too busy with its own start to answer.
 call_settings() {
     until_is is_reachable
-    timeout 20 "$@" || fail "The second start ended with $?"
+    until_is timeout 5 "$@"
     until_is has_settings
 }

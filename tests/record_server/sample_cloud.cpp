@@ -1,8 +1,8 @@
 // The cloud of the tests as a program of its own: sample_cloud FOLDER
 //
 // FOLDER gets `address`, where it is asked, `token`, which the browser of its one user brings back
-// from the page where he signs in, and with each request anew `records` with the payload of every
-// record in the file of its name.
+// from the page where he signs in, `tokens` with all that were ever given to him, a line each, and
+// with each request anew `records` with the payload of every record in the file of its name.
 
 #include <QCoreApplication>
 #include <QTimer>
@@ -44,7 +44,10 @@ int main(int argumentCount, char** arguments) {
     write(folder / "token", server.signIn("user"));
     QTimer afterRequest;
     afterRequest.setSingleShot(true);
-    QObject::connect(&afterRequest, &QTimer::timeout, [&] { writeRecords(records, server); });
+    QObject::connect(&afterRequest, &QTimer::timeout, [&] {
+        writeRecords(records, server);
+        std::ofstream(folder / "tokens", std::ios::app) << server.tokenOf("user") << '\n';
+    });
     constexpr int longerThanARequest = 50;  // milliseconds
     server.beforeEach(
         [&](const RecordServer::Request&) { afterRequest.start(longerThanARequest); });
