@@ -4,6 +4,7 @@
 
 #include <QApplication>
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
 #include <optional>
 #include <string>
@@ -15,8 +16,8 @@
 #include "app/figures_printer.h"
 #include "app/private_update_role.h"
 #include "app/program_path.h"
+#include "app/second_start.h"
 #include "app/successor.h"
-#include "platform/linux/instance_activation.h"
 #include "platform/linux/quit_signals.h"
 #include "platform/posix/ignored_signals.h"
 #include "platform/posix/standard_streams.h"
@@ -26,6 +27,9 @@ namespace brimwatch {
 namespace {
 
 using Options = std::vector<std::string_view>;
+
+// For the one that runs, which may be starting itself on a busy machine.
+constexpr std::chrono::seconds longestWaitForFirst{10};
 
 bool has(const Options& options, std::string_view option) {
     return std::find(options.begin(), options.end(), option) != options.end();
@@ -85,12 +89,12 @@ Ending runOnDesktop(int count, char** arguments, const Options& options, Applica
     return {.status = status, .successor = desktop.successor()};
 }
 
-// The one that runs comes forward in place of this one.
-int giveWay(int count, char** arguments, const Environment& environment,
-            const std::string& refusal) {
-    const QCoreApplication loop(count, arguments);
-    const bool isReached = activateRunningInstance(environment) == InstanceAnswer::activated;
-    return isReached ? EXIT_SUCCESS : complain(refusal);
+// What `claimOrGiveWay` gives. Qt takes options of its own out of the arguments, which the program
+// still needs if it is the one that runs.
+auto claimOrGiveWayTo(std::vector<char*> arguments, const Environment& environment) {
+    int count = static_cast<int>(arguments.size()) - 1;
+    const QCoreApplication loop(count, arguments.data());
+    return claimOrGiveWay(environment, longestWaitForFirst);
 }
 
 bool isPrivateUpdateRole(Role role) {
@@ -115,17 +119,16 @@ int run(int count, char** arguments) {
     const std::optional<std::string> executable = commandPath(arguments[0]);
     if (!executable) return complain("can't tell where it lies");
 
-    tl::expected<Application::Claim, Application::Refusal> claim = Application::claim(environment);
-    if (!claim) {
-        const Application::Refusal& refusal = claim.error();
-        const bool isRunning = refusal.reason == Application::Refusal::Reason::isRunning;
-        return isRunning ? giveWay(count, arguments, environment, refusal.text)
-                         : complain(refusal.text);
-    }
+    tl::expected<std::optional<Application::Claim>, Application::Refusal> claim =
+        Application::claim(environment);
+    if (!claim && claim.error().reason == Application::Refusal::Reason::isRunning)
+        claim = claimOrGiveWayTo({arguments, arguments + count + 1}, environment);
+    if (!claim) return complain(claim.error().text);
+    if (!*claim) return EXIT_SUCCESS;
     Application::Launch launch{
         .executable = *executable, .environment = environment, .defaultSignals = defaultSignals};
     const auto show = has(options, "--figures") ? printFigures : runOnDesktop;
-    const Ending ending = show(count, arguments, options, std::move(launch), *std::move(claim));
+    const Ending ending = show(count, arguments, options, std::move(launch), **std::move(claim));
     if (!ending.successor) return ending.status;
     becomeSuccessor(*ending.successor, defaultSignals);
     return complain("can't start the new version " + *ending.successor);

@@ -67,14 +67,8 @@ widths() {
 }
 has_settings() { [[ " $(widths | tr '\n' ' ')" == *" 460 "* ]]; }
 has_no_settings() { ! has_settings; }
-is_reachable() {
-    gdbus call --session --dest org.freedesktop.DBus --object-path /org/freedesktop/DBus \
-        --method org.freedesktop.DBus.GetNameOwner net.quillmoor.brimwatch >/dev/null 2>&1
-}
-# call_settings COMMAND...: by a second start, once the first one has its name on the bus. It may still
-# be too busy with its own start to answer.
-call_settings() {
-    until_is is_reachable
-    until_is timeout 5 "$@"
+# By a second start, which waits for a first one that still starts.
+call_settings() { # COMMAND...
+    timeout 20 "$@" || fail "the second start failed: $*"
     until_is has_settings
 }
