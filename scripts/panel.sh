@@ -6,6 +6,7 @@ start_panel() {
         xfce) xfce4-panel --disable-wm-check & ;;
         lxqt) lxqt-panel & ;;
         trayer) trayer --edge top --align right --height 28 --tint 0x303030 & ;;
+        waybar) env -u DISPLAY waybar & ;;
     esac
     panel_process=$!
 }
@@ -15,5 +16,6 @@ kill_panel() {
         xfce) pkill -KILL -x xfce4-panel ;;
         lxqt) pkill -KILL -x lxqt-panel ;;
         trayer) pkill -KILL -x trayer ;;
+        waybar) pkill -KILL -x waybar ;;
     esac
 }

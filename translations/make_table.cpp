@@ -130,17 +130,18 @@ std::string quoted(const std::string& text) {
 
 void write(std::ostream& table, const std::map<std::string, LanguageFile>& languages) {
     for (const auto& [code, language] : languages) {
-        table << "constexpr Translation " << code << "Translations[] = {\n";
+        table << "constexpr auto " << code << "Translations = std::to_array<Translation>({\n";
         for (const auto& [key, text] : language.texts)
             table << "    {" << quoted(key) << ", " << quoted(text) << "},\n";
-        table << "};\n";
+        table << "});\n";
     }
-    table << "constexpr Language languages[] = {\n    {\"ko\", \"한국어\", {}},\n";
+    table
+        << "constexpr auto languages = std::to_array<Language>({\n    {\"ko\", \"한국어\", {}},\n";
     for (const auto& [code, language] : languages) {
         table << "    {" << quoted(code) << ", " << quoted(language.name) << ", " << code
               << "Translations},\n";
     }
-    table << "};\n";
+    table << "});\n";
 }
 
 void run(const std::string& tablePath, int count, char** files) {

@@ -103,9 +103,9 @@ std::span<const Language> allLanguages() {
 
 const Language& languageOfCode(std::string_view code) {
     const auto* const found =
-        std::find_if(std::begin(languages), std::end(languages),
+        std::find_if(languages.begin(), languages.end(),
                      [code](const Language& language) { return language.code == code; });
-    return found != std::end(languages) ? *found : languages[0];
+    return found != languages.end() ? *found : languages[0];
 }
 
 std::string translatedText(std::string_view korean, const Language& language) {

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <string_view>
+#include <vector>
 
 namespace brimwatch {
 
@@ -12,26 +13,25 @@ class SecretBytes {
     SecretBytes() = default;
     explicit SecretBytes(std::size_t size);  // zeros
     explicit SecretBytes(std::string_view bytes);
-    SecretBytes(const SecretBytes& other);
-    SecretBytes(SecretBytes&& other) noexcept;
+    SecretBytes(const SecretBytes& other) = default;
+    SecretBytes(SecretBytes&& other) noexcept = default;
     SecretBytes& operator=(const SecretBytes& other);
     SecretBytes& operator=(SecretBytes&& other) noexcept;
     ~SecretBytes();
 
-    std::size_t size() const { return size_; }
-    bool empty() const { return size_ == 0; }
-    unsigned char* data() { return bytes_; }
-    const unsigned char* data() const { return bytes_; }
+    std::size_t size() const { return bytes_.size(); }
+    bool empty() const { return bytes_.empty(); }
+    unsigned char* data() { return bytes_.data(); }
+    const unsigned char* data() const { return bytes_.data(); }
     std::string_view view() const;
 
     // Takes a time that depends on the sizes alone.
     friend bool operator==(const SecretBytes& left, const SecretBytes& right);
 
   private:
-    void drop();
+    void wipe();
 
-    unsigned char* bytes_ = nullptr;
-    std::size_t size_ = 0;
+    std::vector<unsigned char> bytes_;  // never grows, which would leave a copy behind
 };
 
 }  // namespace brimwatch

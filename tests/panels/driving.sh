@@ -60,6 +60,18 @@ until_gone() { until_is see_not "$1"; }
 
 # Of its own windows, by their width: the settings are 460 wide.
 widths() {
+    if [[ -n ${SWAYSOCK:-} ]]; then
+        swaymsg -t get_tree | python3 -c '
+import json, sys
+def windows(node):
+    if (node.get("app_id") or "").endswith("brimwatch"):
+        yield node
+    for child in node["nodes"] + node["floating_nodes"]:
+        yield from windows(child)
+for window in windows(json.load(sys.stdin)):
+    print(window["geometry"]["width"])'
+        return
+    fi
     local window
     for window in $(xdotool search --onlyvisible --class brimwatch 2>/dev/null); do
         xdotool getwindowgeometry --shell "$window" | sed -n 's/^WIDTH=//p'

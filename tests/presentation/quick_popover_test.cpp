@@ -249,6 +249,21 @@ TEST_F(QuickPopoverTest, KeepsItsDistanceWhenItsContentGrows) {
     EXPECT_TRUE(eventuallyInLoop([&] { return window().geometry().bottom() == bottom - 7; }));
 }
 
+// As compositors that tile windows want those that shall float.
+TEST_F(QuickPopoverTest, CanHaveNoOtherSizeThanThatOfItsContent) {
+    const auto hasOneSize = [this] {
+        return window().minimumSize() == window().size() &&
+               window().maximumSize() == window().size();
+    };
+    make(2);
+    popover_->show(QPoint(300, 0), QString());
+    EXPECT_TRUE(hasOneSize());
+    const int height = window().height();
+    content_->model().cards()->setCards({test::comfortableCard()});
+    EXPECT_TRUE(eventuallyInLoop([&] { return window().height() < height - 50; }));
+    EXPECT_TRUE(hasOneSize());
+}
+
 TEST_F(QuickPopoverTest, ShowsAllOfItsContentAtOnce) {
     make();
     content_->model().setShown(true);

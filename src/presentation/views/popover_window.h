@@ -26,6 +26,7 @@ class PopoverWindow final : public QQuickView {
     void closeEvent(QCloseEvent* event) override;
 
   private:
+    void keepSize();
     void followActivity();
     void dismissIfInactive();
 
