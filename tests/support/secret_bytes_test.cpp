@@ -68,8 +68,8 @@ class FreedMemory {
 }  // namespace
 }  // namespace brimwatch
 
-// The array form is what these bytes are kept in; nothing else of this program is watched.
-void operator delete[](void* memory) noexcept {
+// All memory of this program comes back here.
+void operator delete(void* memory) noexcept {
     using brimwatch::FreedMemory;
     if (memory != nullptr && memory == FreedMemory::watched) {
         FreedMemory::watched = nullptr;
@@ -78,12 +78,20 @@ void operator delete[](void* memory) noexcept {
     std::free(memory);
 }
 
-void operator delete[](void* memory, std::size_t) noexcept {
-    ::operator delete[](memory);
+void operator delete(void* memory, std::size_t) noexcept {
+    ::operator delete(memory);
 }
 
-void* operator new[](std::size_t size) {
-    if (void* memory = std::malloc(size == 0 ? 1 : size)) return memory;
+void operator delete(void* memory, const std::nothrow_t& /*tag*/) noexcept {
+    ::operator delete(memory);
+}
+
+void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
+    return std::malloc(size == 0 ? 1 : size);
+}
+
+void* operator new(std::size_t size) {
+    if (void* memory = operator new(size, std::nothrow)) return memory;
     throw std::bad_alloc();
 }
 
