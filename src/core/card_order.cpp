@@ -59,13 +59,10 @@ Keys movedBy(std::ptrdiff_t offset, std::string_view key, Keys shown, const Keys
     return withUnshown(std::move(shown), order);
 }
 
-Keys movedBefore(std::string_view target, std::string_view key, Keys shown, const Keys& order) {
-    const std::ptrdiff_t from = positionOf(key, shown);
-    if (key == target || from == std::ssize(shown) || !contains(shown, target)) return order;
-    std::string moved = std::move(shown[static_cast<std::size_t>(from)]);
-    shown.erase(shown.begin() + from);
-    shown.insert(shown.begin() + positionOf(target, shown), std::move(moved));
-    return withUnshown(std::move(shown), order);
+Keys movedToPlaceOf(std::string_view target, std::string_view key, Keys shown, const Keys& order) {
+    if (!contains(shown, target)) return order;
+    const std::ptrdiff_t offset = positionOf(target, shown) - positionOf(key, shown);
+    return movedBy(offset, key, std::move(shown), order);
 }
 
 }  // namespace brimwatch

@@ -26,10 +26,10 @@ std::vector<std::string> movedBy(std::ptrdiff_t offset, std::string_view key,
                                  std::vector<std::string> shown,
                                  const std::vector<std::string>& order);
 
-// The order after the card took the place of another one. The same order where either is not shown,
-// or they are one.
-std::vector<std::string> movedBefore(std::string_view target, std::string_view key,
-                                     std::vector<std::string> shown,
-                                     const std::vector<std::string>& order);
+// The order after the card took the place of another one, above or below it. The same order where
+// either is not shown, or they are one.
+std::vector<std::string> movedToPlaceOf(std::string_view target, std::string_view key,
+                                        std::vector<std::string> shown,
+                                        const std::vector<std::string>& order);
 
 }  // namespace brimwatch

@@ -39,7 +39,7 @@ void HelperModel::moveCard(const std::string& id, std::ptrdiff_t offset) {
 
 void HelperModel::moveCard(const std::string& id, const std::string& before) {
     setFailure(std::nullopt);
-    setMenuOrder(movedBefore(before, id, shownCardKeys(), menuOrder_));
+    setMenuOrder(movedToPlaceOf(before, id, shownCardKeys(), menuOrder_));
 }
 
 void HelperModel::resetCardOrder() {

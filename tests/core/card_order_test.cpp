@@ -122,25 +122,25 @@ TEST(CardOrder, AMoveByNothingOrOfACardThatIsNotShownChangesNothing) {
 TEST(CardOrder, KeysThatAreNotShownFollowInTheirOldOrder) {
     EXPECT_THAT(movedBy(1, "a", {"a", "b"}, {"z", "a", "y", "b", "x"}),
                 ElementsAre("b", "a", "z", "y", "x"));
-    EXPECT_THAT(movedBefore("a", "b", {"a", "b"}, {"z", "a", "y"}),
+    EXPECT_THAT(movedToPlaceOf("a", "b", {"a", "b"}, {"z", "a", "y"}),
                 ElementsAre("b", "a", "z", "y"));
 }
 
 TEST(CardOrder, MovesToThePlaceOfAnotherCard) {
     const Keys shown = {"a", "b", "c", "d"};
-    EXPECT_THAT(movedBefore("a", "d", shown, {}), ElementsAre("d", "a", "b", "c"));
-    EXPECT_THAT(movedBefore("d", "a", shown, {}), ElementsAre("b", "c", "a", "d"));
-    EXPECT_THAT(movedBefore("c", "b", shown, {}), ElementsAre("a", "b", "c", "d"));
-    EXPECT_THAT(movedBefore("b", "c", shown, {}), ElementsAre("a", "c", "b", "d"));
+    EXPECT_THAT(movedToPlaceOf("a", "d", shown, {}), ElementsAre("d", "a", "b", "c"));
+    EXPECT_THAT(movedToPlaceOf("d", "a", shown, {}), ElementsAre("b", "c", "d", "a"));
+    EXPECT_THAT(movedToPlaceOf("c", "b", shown, {}), ElementsAre("a", "c", "b", "d"));
+    EXPECT_THAT(movedToPlaceOf("b", "c", shown, {}), ElementsAre("a", "c", "b", "d"));
 }
 
 TEST(CardOrder, AMoveToItselfOrToOrOfACardThatIsNotShownChangesNothing) {
     const Keys shown = {"a", "b"};
     const Keys order = {"b", "x"};
-    EXPECT_EQ(movedBefore("a", "a", shown, order), order);
-    EXPECT_EQ(movedBefore("x", "a", shown, order), order);
-    EXPECT_EQ(movedBefore("a", "x", shown, order), order);
-    EXPECT_EQ(movedBefore("x", "x", shown, order), order);
+    EXPECT_EQ(movedToPlaceOf("a", "a", shown, order), order);
+    EXPECT_EQ(movedToPlaceOf("x", "a", shown, order), order);
+    EXPECT_EQ(movedToPlaceOf("a", "x", shown, order), order);
+    EXPECT_EQ(movedToPlaceOf("x", "x", shown, order), order);
 }
 
 // Any list of moves keeps every card and every key, once.
@@ -163,7 +163,7 @@ TEST(CardOrder, NoMoveEverLosesAKey) {
         const std::string key = all[random.below(all.size())];
         const Keys next = random.oneIn(2)
                               ? movedBy(random.between(-6, 6), key, shown, order)
-                              : movedBefore(all[random.below(all.size())], key, shown, order);
+                              : movedToPlaceOf(all[random.below(all.size())], key, shown, order);
         for (const std::string& known : order)
             ASSERT_EQ(std::count(next.begin(), next.end(), known), 1) << known;
         if (next != order) {

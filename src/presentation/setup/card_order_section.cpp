@@ -17,7 +17,7 @@ CardOrderSection::CardOrderSection(HelperModel& model)
 
 void CardOrderSection::update() {
     // Its row goes without a word of the view.
-    if (!dragging_.isEmpty() && placeOf(dragging_) < 0) {
+    if (!dragging_.isEmpty() && !hasCard(dragging_)) {
         dragging_.clear();
         emit draggingChanged();
     }
@@ -51,21 +51,17 @@ void CardOrderSection::drag(const QString& key) {
     setDragging(key);
 }
 
-// By an offset: before the next card below it, it would stay where it is.
 void CardOrderSection::enter(const QString& target) {
-    const std::ptrdiff_t from = placeOf(dragging_);
-    const std::ptrdiff_t to = placeOf(target);
-    if (from < 0 || to < 0 || from == to) return;
-    model_.moveCard(dragging_.toStdString(), to - from);
+    if (dragging_.isEmpty() || dragging_ == target) return;
+    model_.moveCard(dragging_.toStdString(), target.toStdString());
     update();
 }
 
-std::ptrdiff_t CardOrderSection::placeOf(const QString& key) const {
+bool CardOrderSection::hasCard(const QString& key) const {
     const std::vector<SubscriptionLimits> shown = model_.menuLimits();
-    const auto found = std::find_if(shown.begin(), shown.end(), [&key](const auto& limits) {
+    return std::any_of(shown.begin(), shown.end(), [&key](const SubscriptionLimits& limits) {
         return cardKey(limits.id()) == key.toStdString();
     });
-    return found != shown.end() ? found - shown.begin() : -1;
 }
 
 void CardOrderSection::drop() {

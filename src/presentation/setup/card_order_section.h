@@ -5,7 +5,6 @@
 #pragma once
 
 #include <QString>
-#include <cstddef>
 
 #include "core/helper_model.h"
 #include "presentation/keyed_rows_model.h"
@@ -48,7 +47,7 @@ class CardOrderSection final : public KeyedRowsModel {
 
   private:
     void setDragging(const QString& key);
-    std::ptrdiff_t placeOf(const QString& key) const;  // -1 if there is no such card
+    bool hasCard(const QString& key) const;
 
     HelperModel& model_;
     bool isShown_ = false;
