@@ -12,7 +12,8 @@ BRIMWATCH_ENTRY brimwatch::Popover* brimwatchMakePopover(
     brimwatch::MenuContentModel& content, const brimwatch::DesktopAppearance& desktop) {
     return new brimwatch::QuickPopover({.content = content,
                                         .desktop = &desktop,
-                                        .blendsWindows = brimwatch::compositorBlendsWindows});
+                                        .blendsWindows = brimwatch::compositorBlendsWindows,
+                                        .compositorPlaces = brimwatch::compositorPlacesWindows});
 }
 
 BRIMWATCH_ENTRY brimwatch::SheetWindow* brimwatchMakePhoneLinkWindow(

@@ -250,18 +250,27 @@ TEST_F(QuickPopoverTest, KeepsItsDistanceWhenItsContentGrows) {
 }
 
 // As compositors that tile windows want those that shall float.
-TEST_F(QuickPopoverTest, CanHaveNoOtherSizeThanThatOfItsContent) {
+TEST_F(QuickPopoverTest, CanHaveNoOtherSizeThanThatOfItsContentWhereACompositorPlacesIt) {
     const auto hasOneSize = [this] {
         return window().minimumSize() == window().size() &&
                window().maximumSize() == window().size();
     };
-    make(2);
+    content_ = std::make_unique<test::SampleContent>(test::cards(2));
+    make({.content = content_->model(), .compositorPlaces = [] { return true; }});
     popover_->show(QPoint(300, 0), QString());
     EXPECT_TRUE(hasOneSize());
     const int height = window().height();
     content_->model().cards()->setCards({test::comfortableCard()});
     EXPECT_TRUE(eventuallyInLoop([&] { return window().height() < height - 50; }));
     EXPECT_TRUE(hasOneSize());
+}
+
+// Window managers of X11 activate such a window less readily.
+TEST_F(QuickPopoverTest, LimitsNoSizesWhereItPlacesItself) {
+    make();
+    popover_->show(QPoint(300, 0), QString());
+    EXPECT_EQ(window().minimumSize(), QSize());
+    EXPECT_GT(window().maximumWidth(), window().width());
 }
 
 TEST_F(QuickPopoverTest, ShowsAllOfItsContentAtOnce) {

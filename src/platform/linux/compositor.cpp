@@ -46,4 +46,8 @@ bool compositorBlendsWindows() {
     return hasOwner(x11->connection(), "_NET_WM_CM_S" + std::to_string(screenNumber()));
 }
 
+bool compositorPlacesWindows() {
+    return QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
+}
+
 }  // namespace brimwatch

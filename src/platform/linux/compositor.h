@@ -1,4 +1,4 @@
-// Whether windows on this desktop can be transparent. Main thread.
+// What the compositor of this desktop does with windows. Main thread.
 #pragma once
 
 namespace brimwatch {
@@ -6,5 +6,8 @@ namespace brimwatch {
 // Whether what lies behind a window shows through where it is transparent, as things are now: on
 // X11 a compositor has to run for that. Needs a QGuiApplication.
 bool compositorBlendsWindows();
+
+// Whether windows stand where it wants them, as on Wayland. Needs a QGuiApplication.
+bool compositorPlacesWindows();
 
 }  // namespace brimwatch

@@ -39,7 +39,8 @@ void XembedPanel::setUp(QSystemTrayIcon& icon) {
     icon.setContextMenu(&menu_);
     connect(&icon, &QSystemTrayIcon::activated, this,
             [this, &icon](QSystemTrayIcon::ActivationReason reason) {
-                if (reason == QSystemTrayIcon::Trigger)
+                // A click soon after another one is told as a double one, in its place.
+                if (reason == QSystemTrayIcon::Trigger || reason == QSystemTrayIcon::DoubleClick)
                     emit activated(edgeInPixels(icon.geometry(), QCursor::pos()));
             });
 }

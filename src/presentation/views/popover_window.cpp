@@ -22,20 +22,19 @@ PopoverWindow::PopoverWindow(QQmlEngine* engine) : QQuickView(engine, nullptr) {
 
 void PopoverWindow::settle() {
     layOut(*rootObject());
-    // The window takes these sizes a turn after its content has, when there is room for them.
-    connect(rootObject(), &QQuickItem::widthChanged, this, &PopoverWindow::keepSize,
-            Qt::UniqueConnection);
-    connect(rootObject(), &QQuickItem::heightChanged, this, &PopoverWindow::keepSize,
-            Qt::UniqueConnection);
-    keepSize();
     resize(rootObject()->size().toSize());
 }
 
-// Compositors that tile windows let those float that have one size.
-void PopoverWindow::keepSize() {
-    const QSize size = rootObject()->size().toSize();
-    setMinimumSize(size);
-    setMaximumSize(size);
+void PopoverWindow::forbidOtherSizes() {
+    const auto forbid = [this] {
+        const QSize size = rootObject()->size().toSize();
+        setMinimumSize(size);
+        setMaximumSize(size);
+    };
+    // The window takes these sizes a turn after its content has.
+    connect(rootObject(), &QQuickItem::widthChanged, this, forbid);
+    connect(rootObject(), &QQuickItem::heightChanged, this, forbid);
+    forbid();
 }
 
 void PopoverWindow::followActivity() {

@@ -16,6 +16,9 @@ class PopoverWindow final : public QQuickView {
     // Lays the content out and takes its size. By itself that would happen only with the first
     // picture, and the window would jump.
     void settle();
+    // Tells the window system that the size of the content is the only one, for as long as it has
+    // that content. Compositors that tile windows let such a window float.
+    void forbidOtherSizes();
 
   signals:
     // The user has turned to something else, pressed Escape, or closed it as a window.
@@ -26,7 +29,6 @@ class PopoverWindow final : public QQuickView {
     void closeEvent(QCloseEvent* event) override;
 
   private:
-    void keepSize();
     void followActivity();
     void dismissIfInactive();
 

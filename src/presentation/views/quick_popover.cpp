@@ -31,10 +31,6 @@ std::vector<ScreenPlace> screenPlaces() {
     return places;
 }
 
-bool compositorPlacesWindows() {
-    return QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
-}
-
 // In pixels of the screen.
 QPoint cursorPlace() {
     const QPoint place = QCursor::pos();
@@ -110,6 +106,7 @@ bool QuickPopover::makeWindow() {
         qCWarning(viewsLog) << "The popover can't be made:" << window->errors();
         return false;
     }
+    if (surroundings_.compositorPlaces()) window->forbidOtherSizes();
     connect(window.get(), &PopoverWindow::dismissed, this, &QuickPopover::performClose);
     connect(window.get(), &QWindow::heightChanged, this, &QuickPopover::place);
     engine_ = std::move(engine);
@@ -125,7 +122,7 @@ void QuickPopover::activate(const QString& token) {
 }
 
 void QuickPopover::place() {
-    if (compositorPlacesWindows()) return;
+    if (surroundings_.compositorPlaces()) return;
     const QPoint place = popoverPlace(click_, window_->size(), screenPlaces());
     if (QScreen* screen = QGuiApplication::screenAt(place)) window_->setScreen(screen);
     window_->setPosition(place);

@@ -35,6 +35,8 @@ class QuickPopover final : public Popover {
         // Whether what lies behind a window shows through where the window is transparent. Asked at
         // each opening.
         std::function<bool()> blendsWindows = [] { return true; };
+        // Whether windows stand where the compositor wants them, and not where they want to.
+        std::function<bool()> compositorPlaces = [] { return false; };
         // Asks for the focus, with the token that is in the environment meanwhile, if any.
         std::function<void(QWindow& window)> activate = [](QWindow& window) {
             window.requestActivate();
