@@ -269,7 +269,7 @@ TEST_F(QuickPopoverTest, CanHaveNoOtherSizeThanThatOfItsContentWhereACompositorP
 TEST_F(QuickPopoverTest, LimitsNoSizesWhereItPlacesItself) {
     make();
     popover_->show(QPoint(300, 0), QString());
-    EXPECT_EQ(window().minimumSize(), QSize());
+    EXPECT_EQ(window().minimumSize(), QSize(0, 0));
     EXPECT_GT(window().maximumWidth(), window().width());
 }
 
