@@ -79,8 +79,13 @@ for window in windows(json.load(sys.stdin)):
 }
 has_settings() { [[ " $(widths | tr '\n' ' ')" == *" 460 "* ]]; }
 has_no_settings() { ! has_settings; }
-# By a second start, which waits for a first one that still starts.
-call_settings() { # COMMAND...
+# Somebody has the name of the program: a start before that may itself be the first one.
+is_running() {
+    gdbus call --session --dest org.freedesktop.DBus --object-path /org/freedesktop/DBus \
+        --method org.freedesktop.DBus.GetNameOwner net.quillmoor.brimwatch >/dev/null 2>&1
+}
+call_settings() { # COMMAND...: by a second start
+    until_is is_running
     timeout 20 "$@" || fail "the second start failed: $*"
     until_is has_settings
 }
